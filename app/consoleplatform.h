@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// What the program needs of the system around it before Qt exists.
+
+/// Makes the standard streams usable: on Windows attaches to the console of the program that started
+/// this one and opens the streams on it, but leaves a stream alone that goes to a file or a pipe; on
+/// Linux opens closed descriptors on /dev/null and takes broken pipes and file size limits as errors.
+void attachConsole();
+
+/// The command line as UTF-8 bytes on Windows, as given on Linux; the program's name first.
+std::vector<std::string> commandLine(int argc, char *argv[]);
+
+/// Ends the process at once with this status: the standard streams are flushed, nothing is unwound,
+/// since other threads may be inside the NDI runtime. Any thread.
+[[noreturn]] void endProcess(int status);
+
+/// Separates the crash folder from the working directory: "\" on Windows, "/" on Linux.
+extern const char folderSeparator;

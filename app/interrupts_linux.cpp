@@ -1,0 +1,87 @@
+#include "app/interrupts.h"
+
+#include <QSocketNotifier>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int statusOfInterrupted = 1;
+
+// The handler may use nothing but these and write(2).
+std::atomic<bool> isArmed{false};
+std::atomic<int> interruptCount{0};
+std::atomic<int> wakeDescriptor{-1};
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+
+extern "C" void onInterrupt(int)
+{
+    const int savedErrno = errno;
+    if (!isArmed || interruptCount.fetch_add(1) > 0)
+        _exit(statusOfInterrupted);
+    const char byte = 0;
+    static_cast<void>(!write(wakeDescriptor, &byte, 1));
+    errno = savedErrno;
+}
+
+void handle(int signalNumber)
+{
+    struct sigaction action = {};
+    action.sa_handler = onInterrupt;
+    action.sa_flags = SA_RESTART;
+    sigemptyset(&action.sa_mask);
+    sigaction(signalNumber, &action, nullptr);
+}
+
+bool isIgnored(int signalNumber)
+{
+    struct sigaction action = {};
+    return sigaction(signalNumber, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+} // namespace
+
+class Interrupts::Private {
+public:
+    int readEnd = -1;
+    int writeEnd = -1;
+    std::unique_ptr<QSocketNotifier> notifier;
+};
+
+Interrupts::Interrupts(QObject *parent) : QObject(parent), m_private(std::make_unique<Private>())
+{
+    int ends[2] = {-1, -1};
+    if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0) {
+        m_private->readEnd = ends[0];
+        m_private->writeEnd = ends[1];
+        m_private->notifier = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
+        connect(m_private->notifier.get(), &QSocketNotifier::activated, this, [this] {
+            m_private->notifier->setEnabled(false);
+            emit interrupted();
+        });
+        wakeDescriptor = ends[1];
+    }
+    handle(SIGINT);
+    handle(SIGTERM);
+    if (!isIgnored(SIGHUP)) // nohup: the user wants the test to outlive the terminal
+        handle(SIGHUP);
+}
+
+Interrupts::~Interrupts()
+{
+    isArmed = false;
+    wakeDescriptor = -1;
+    m_private->notifier.reset();
+    close(m_private->readEnd);
+    close(m_private->writeEnd);
+}
+
+void Interrupts::arm()
+{
+    isArmed = wakeDescriptor >= 0;
+}

@@ -1,0 +1,257 @@
+#include "app/ndimainobject.h"
+
+#include "app/recordfile.h"
+#include "app/sourcediscovery.h"
+#include "ndi/ndilib.h"
+#include "ndi/receivercontroller.h"
+
+#include <QEventLoop>
+#include <QTimer>
+
+namespace {
+
+constexpr int shortestTestMinutes = 1;
+constexpr int longestTestMinutes = 5;
+constexpr int fewestReceivers = 1;
+constexpr int mostReceivers = 8;
+
+// A count that the finder of the window reports instead of a number of sources.
+constexpr int finderFailed = 10000;
+constexpr int noSourceAppeared = 10001;
+
+} // namespace
+
+NDIMainObject::NDIMainObject(QObject *parent) : QObject(parent), testTimer(std::make_unique<QTimer>())
+{
+    worker.setObjectName(QStringLiteral("console test"));
+    moveToThread(&worker);
+    worker.start(QThread::InheritPriority);
+    testTimer->setSingleShot(true);
+    testTimer->setTimerType(Qt::PreciseTimer);
+}
+
+NDIMainObject::~NDIMainObject()
+{
+    worker.quit();
+    worker.wait();
+    if (controllers.isEmpty())
+        return;
+    // Controllers live on worker and need an event loop there to see their receivers off.
+    worker.start();
+    QEventLoop allGone;
+    int left = controllers.size();
+    QMetaObject::invokeMethod(
+        this,
+        [this, &allGone, &left] {
+            for (ReceiverController *controller : qAsConst(controllers)) {
+                controller->disconnect(this);
+                connect(controller, &ReceiverController::sourceReceiverFinished, &allGone, [&allGone, &left] {
+                    if (--left == 0)
+                        allGone.quit();
+                });
+                connect(controller, &ReceiverController::sourceReceiverFinished, controller, &QObject::deleteLater);
+                controller->stopReceivers();
+            }
+        },
+        Qt::BlockingQueuedConnection);
+    allGone.exec();
+    worker.quit();
+    worker.wait();
+}
+
+bool NDIMainObject::printUsage()
+{
+    static const char *const lines[] = {
+        "Usage :",
+        "-help",
+        "\tShow command line usage.",
+        "-findsources",
+        "\tFind and list NDI sources.",
+        "-test NDI_SOURCE_NAME [-time TIME] [-receivers RECEIVER_COUNT]",
+        "\tStart testing during TIME[min(s)].\n",
+        "\tDefault TIME value is 1.",
+        "\tTIME is available as 1, 2, 3, 4, or 5.\n",
+        "\tReceivers could be defined for multiple receivers.",
+        "\tRECEIVER_COUNT is number of receivers.",
+        "\tDefault RECEIVER_COUNT value is 1.",
+        "\tRECEIVER_COUNT is available as 1, 2, 3, 4, 5, 6, 7 or 8.\n",
+        "Examples:",
+        "\tTessalyNDIVexa -findsources",
+        "\tTessalyNDIVexa -test NDI_Camera -time 2 -receivers 2",
+        "\tTessalyNDIVexa -test \"DESKTOP-123 (VLC)\" -time 2",
+    };
+    for (const char *line : lines)
+        print(QString::fromLatin1(line));
+    return true;
+}
+
+void NDIMainObject::printRuntimeProblem()
+{
+    const QString problem = ndiRuntimeProblem();
+    if (!problem.isEmpty())
+        print(consoleTextFromUnicode(problem));
+}
+
+void NDIMainObject::runDiscovery(bool *finderMade, bool *endedQuiet)
+{
+    print(QStringLiteral("Checking NDI sources...\n"));
+    const DiscoveredSources found = discoverSources();
+    sources = found.sources;
+    count = found.count;
+    *finderMade = found.finder != nullptr;
+    *endedQuiet = found.endedQuiet;
+}
+
+bool NDIMainObject::findSources(bool print)
+{
+    bool finderMade = false;
+    bool endedQuiet = false;
+    runDiscovery(&finderMade, &endedQuiet);
+    if (!finderMade) {
+        if (print) {
+            printSources(nullptr, finderFailed);
+            printRuntimeProblem();
+        }
+        return false;
+    }
+    if (!print)
+        return false;
+    if (endedQuiet && count == 0)
+        this->print(QStringLiteral("Can not find NDI sources"));
+    printSources(sources, count);
+    return false;
+}
+
+void NDIMainObject::printSources(const NDIlib_source_t *list, int length)
+{
+    if (length == finderFailed) {
+        print(QStringLiteral("Can not init NDI instance"));
+        return;
+    }
+    if (length == 0 || length == noSourceAppeared) {
+        print(QStringLiteral("Can not find NDI sources"));
+        return;
+    }
+    print(QStringLiteral("NDI Sources : %1").arg(length));
+    for (int i = 0; i < length; ++i)
+        print(QStringLiteral("[%1] %2").arg(QString::number(i + 1), consoleText(list[i].p_ndi_name)));
+}
+
+bool NDIMainObject::startTest(const QString &name, int time, int receivers)
+{
+    if (time < shortestTestMinutes || time > longestTestMinutes) {
+        print(QStringLiteral("Invalidated time parameter."));
+        return false;
+    }
+    if (receivers < fewestReceivers || receivers > mostReceivers) {
+        print(QStringLiteral("Invalidated receivers parameter."));
+        return false;
+    }
+    bool finderMade = false;
+    bool endedQuiet = false;
+    runDiscovery(&finderMade, &endedQuiet);
+    int found = 0;
+    while (found < count && consoleText(sources[found].p_ndi_name) != name)
+        ++found;
+    if (found == count) {
+        print(QStringLiteral("Not found NDI source [") + name + QLatin1Char(']'));
+        if (!finderMade)
+            printRuntimeProblem();
+        return false;
+    }
+    print(QStringLiteral("NDI Source : ") + name);
+    print(QStringLiteral("Time : %1 min(s)").arg(time));
+    print(QStringLiteral("Number of Receiver : %1\n").arg(receivers));
+    print(QStringLiteral("Start Testing..."));
+
+    // Everything that the measurements touch is made on the thread that they arrive on.
+    QMetaObject::invokeMethod(
+        this, [this, found, receivers] { startReceivers(found, receivers); }, Qt::BlockingQueuedConnection);
+
+    testTimer->start(time * m_minuteMs);
+    disconnect(testTimer.get(), &QTimer::timeout, this, &NDIMainObject::stopTest);
+    connect(testTimer.get(), &QTimer::timeout, this, &NDIMainObject::stopTest);
+    return true;
+}
+
+void NDIMainObject::startReceivers(int sourceIndex, int receivers)
+{
+    rows.clear();
+    controllers.clear();
+    m_sourceNames.clear();
+    for (int i = 0; i < count; ++i)
+        m_sourceNames.append(QString::fromUtf8(sources[i].p_ndi_name));
+    m_testEnded = false;
+    auto *const controller = new ReceiverController;
+    controllers.append(controller);
+    connect(controller, &ReceiverController::sourceFrameReceived, this, &NDIMainObject::sourceFrameReceived);
+    connect(controller, &ReceiverController::sourceReceiverFinished, this, &NDIMainObject::sourceTestFinished);
+    controller->startReceivers(sources[sourceIndex], sourceIndex, receivers, 0);
+}
+
+void NDIMainObject::sourceFrameReceived(double fps, int time, int format, double defaultFPS, int width, int height,
+                                        int dataRate, int ping, int sourceIndex, int indexNum)
+{
+    Q_UNUSED(format)
+    Q_UNUSED(dataRate)
+    if (width == 0 && height == 0)
+        return;
+    m_console->writeDot();
+    rows.append(recordRow(m_sourceNames.value(sourceIndex), width, height, defaultFPS, time, indexNum, fps, ping));
+}
+
+void NDIMainObject::stopTest()
+{
+    if (m_testEnded)
+        return;
+    m_testEnded = true;
+    QMetaObject::invokeMethod(testTimer.get(), &QTimer::stop, Qt::QueuedConnection); // it lives elsewhere
+    for (ReceiverController *controller : qAsConst(controllers))
+        controller->stopReceivers();
+    if (writeRecord()) {
+        print(QStringLiteral("\nCompleted to test!!!\n"));
+        printRecordCreated();
+    } else {
+        printRecordFailed();
+    }
+    worker.quit();
+    emit quitApplication();
+}
+
+void NDIMainObject::sourceTestFinished(int index)
+{
+    for (int i = controllers.size() - 1; i >= 0; --i) {
+        if (controllers.at(i)->sourceIndex == index) {
+            controllers.takeAt(i)->deleteLater(); // it is still inside its signal
+            break;
+        }
+    }
+    print(QStringLiteral("Receiver [%1] has been closed.").arg(index));
+    if (!controllers.isEmpty())
+        return;
+    print(QStringLiteral("All Receivers have been closed."));
+    if (!m_testEnded && !rows.isEmpty()) {
+        m_testEnded = true;
+        if (writeRecord())
+            printRecordCreated();
+        else
+            printRecordFailed();
+    }
+    emit quitApplication();
+}
+
+bool NDIMainObject::writeRecord()
+{
+    return createRecordFile(QString()) && appendRecordText(recordHeader()) && appendRecordRows(rows);
+}
+
+void NDIMainObject::printRecordCreated()
+{
+    print(QStringLiteral("Created the recorded file(%1) for your testing!!!!!\n")
+              .arg(consoleTextFromUnicode(recordPath())));
+}
+
+void NDIMainObject::printRecordFailed()
+{
+    print(QStringLiteral("\nFinished to test. But not created the recorded file(csv) by some reason!!!\n"));
+}

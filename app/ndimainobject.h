@@ -1,0 +1,74 @@
+#pragma once
+
+#include "app/consolewriter.h"
+#include "ndi/nditypes.h"
+
+#include <QList>
+#include <QObject>
+#include <QStringList>
+#include <QThread>
+
+#include <memory>
+
+class QTimer;
+class ReceiverController;
+
+/// The console program: prints the usage, lists the sources, or runs one timed test and writes its
+/// record. Lives on a thread of its own, which it starts; printUsage(), findSources(), printSources()
+/// and startTest() are called on the thread that made it, which needs an event loop during a test.
+class NDIMainObject final : public QObject {
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(NDIMainObject)
+
+public:
+    explicit NDIMainObject(QObject *parent = nullptr);
+    /// Waits until running receivers have ended, about a second at most. Not on worker.
+    ~NDIMainObject() override;
+
+    /// Always true.
+    bool printUsage();
+    /// Searches and, if print is true, lists what was found. Always false.
+    bool findSources(bool print);
+    void printSources(const NDIlib_source_t *sources, int count);
+    /// Tests the named source for 1 to 5 minutes with 1 to 8 receivers. name is a console text. True
+    /// when the test runs; false after a message that tells why not.
+    bool startTest(const QString &name, int time, int receivers);
+
+    /// Other output and another length of the minute, for tests; before anything else is called.
+    void setConsole(ConsoleWriter *console) { m_console = console; }
+    void setMinuteMs(int minuteMs) { m_minuteMs = minuteMs; }
+
+signals:
+    /// Nothing is left to do. Sent on the object's own thread.
+    void quitApplication();
+
+public slots:
+    /// All receivers of the source at this position are gone.
+    void sourceTestFinished(int index);
+    /// Collects one measurement; see ReceiverController::sourceFrameReceived().
+    void sourceFrameReceived(double fps, int time, int format, double defaultFPS, int width, int height, int dataRate,
+                             int ping, int sourceIndex, int indexNum);
+    /// Ends the test and writes the record; once for each test, any further call does nothing.
+    void stopTest();
+
+private:
+    void print(const QString &text) { printConsoleLine(m_console, text); }
+    void printRuntimeProblem();
+    void runDiscovery(bool *finderMade, bool *endedQuiet);
+    void startReceivers(int sourceIndex, int receivers);
+    bool writeRecord();
+    void printRecordCreated();
+    void printRecordFailed();
+
+    QList<ReceiverController *> controllers;  ///< of the running test; own thread
+    const NDIlib_source_t *sources = nullptr; ///< the runtime's array from the last search
+    int count = 0;                            ///< its length
+    std::unique_ptr<QTimer> testTimer;        ///< lives on the thread that made this object
+    QThread worker;
+    QStringList rows;          ///< the record's lines so far; own thread
+    QStringList m_sourceNames; ///< for the record; set while no test runs
+    StandardConsoleWriter m_standardConsole;
+    ConsoleWriter *m_console = &m_standardConsole;
+    int m_minuteMs = 60000;
+    bool m_testEnded = false; ///< own thread
+};

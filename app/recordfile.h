@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+/// The record of a test: a comma-separated text file in the user's documents folder, UTF-8 without
+/// byte order mark, lines ended by a single line feed. This file alone knows its place and format.
+/// The functions that write are for one thread at a time.
+
+/// The first line, without line end.
+QString recordHeader();
+
+/// One measurement as a line of the record, without line end.
+/// sourceName: as it is, without quoting. width, height: pixels. defaultFps: nominal rate, frames per
+/// second. timeMs: since the receiver's run began. indexNum: 0-based, written 1-based. fps: received
+/// rate, may be infinite ("inf"). intervalMs: since the same receiver's previous frame.
+QString recordRow(const QString &sourceName, int width, int height, double defaultFps, int timeMs, int indexNum,
+                  double fps, int intervalMs);
+
+/// Folder of the records, without trailing separator; empty when the system names no documents folder.
+QString recordFolder();
+
+/// Creates an empty file, in place of one of the same name, and makes it the current record. name:
+/// without folder and ".csv"; empty: "vexa_" and the local time. False: no file, recordPath() is empty.
+bool createRecordFile(const QString &name);
+
+/// Appends text and one line feed to the current record. True only when all of it has reached the
+/// file; what had been written before a failure stays.
+bool appendRecordText(const QString &text);
+
+/// The same as appendRecordText(rows.join("\n")) without making that text in memory.
+bool appendRecordRows(const QStringList &rows);
+
+/// Full path of the current record, empty when there is none.
+QString recordPath();

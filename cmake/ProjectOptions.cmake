@@ -1,0 +1,43 @@
+# What every target of ours is compiled with. Nothing here reaches a consumer: link it PRIVATE.
+option(VEXA_WERROR "Treat warnings as errors (on in CI)" OFF)
+set(VEXA_SANITIZE "" CACHE STRING "Sanitizers to build with: empty, address or thread")
+set_property(CACHE VEXA_SANITIZE PROPERTY STRINGS "" address thread)
+add_feature_info(warnings-as-errors VEXA_WERROR "-Werror")
+
+find_program(VEXA_CCACHE ccache)
+if(VEXA_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_C_COMPILER_LAUNCHER "${VEXA_CCACHE}")
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${VEXA_CCACHE}")
+endif()
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
+
+if(VEXA_SANITIZE STREQUAL "address")
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+elseif(VEXA_SANITIZE STREQUAL "thread")
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
+elseif(VEXA_SANITIZE)
+  message(FATAL_ERROR "VEXA_SANITIZE is '${VEXA_SANITIZE}'; it may be empty, address or thread")
+endif()
+
+add_library(project_options INTERFACE)
+target_compile_options(project_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2
+  $<$<BOOL:${VEXA_WERROR}>:-Werror>)
+target_compile_definitions(project_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
+  QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_DEPRECATED_WARNINGS
+  $<$<BOOL:${WIN32}>:NOMINMAX> $<$<BOOL:${WIN32}>:WIN32_LEAN_AND_MEAN>
+  $<$<BOOL:${WIN32}>:UNICODE> $<$<BOOL:${WIN32}>:_UNICODE> $<$<BOOL:${WIN32}>:_WIN32_WINNT=0x0A00>)
+target_include_directories(project_options INTERFACE "${PROJECT_SOURCE_DIR}")

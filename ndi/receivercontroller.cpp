@@ -1,0 +1,132 @@
+#include "ndi/receivercontroller.h"
+
+#include "ndi/streamreceiver.h"
+
+#include <QMetaMethod>
+#include <QThread>
+
+namespace {
+
+QMetaMethod frameDataSignal()
+{
+    return QMetaMethod::fromSignal(&ReceiverController::frameData);
+}
+
+} // namespace
+
+ReceiverController::ReceiverController() : m_copyBudget(std::make_shared<FrameCopyBudget>())
+{
+    registerNdiMetaTypes();
+}
+
+ReceiverController::~ReceiverController()
+{
+    for (StreamReceiver *receiver : qAsConst(receivers)) {
+        // What the receiver still sends has nobody to go to. Both objects go by themselves when the
+        // thread ends: the receiver on it, the thread object on ours.
+        QThread *const thread = receiver->thread();
+        receiver->disconnect(this);
+        thread->disconnect(this);
+        if (thread->isFinished()) {
+            thread->wait();
+            delete receiver;
+            delete thread;
+            continue;
+        }
+        connect(thread, &QThread::finished, receiver, &QObject::deleteLater);
+        connect(thread, &QThread::finished, thread, &QObject::deleteLater);
+        receiver->requestStop();
+    }
+}
+
+bool ReceiverController::startReceivers(const NDIlib_source_t &newSource, int newSourceIndex, int count, int indexBase)
+{
+    m_sourceCopy = NdiSource(newSource);
+    source = m_sourceCopy.view();
+    sourceIndex = newSourceIndex;
+    receiverCount = count;
+    updateCopiesWanted();
+    for (int position = 0; position < count; ++position)
+        startReceiver(position, indexBase + position);
+    return true;
+}
+
+void ReceiverController::startReceiver(int position, int graphNum)
+{
+    auto *const thread = new QThread;
+    thread->setObjectName(QStringLiteral("receiver %1").arg(graphNum + 1));
+    auto *const receiver = new StreamReceiver;
+    connect(thread, &QThread::started, receiver, &StreamReceiver::start);
+    // Direct: the thread must end even while this one is too busy to take events.
+    connect(receiver, &StreamReceiver::finished, thread, &QThread::quit, Qt::DirectConnection);
+    connect(thread, &QThread::finished, this, [this, thread, position] { tearDown(thread, position); });
+    receiver->moveToThread(thread);
+    connect(receiver, &StreamReceiver::frameReceived, this, &ReceiverController::onReceiverFrame);
+    receiver->setSource(source);
+    receiver->receiverIndex = position;
+    receiver->graphNum = graphNum;
+    if (position == 0) {
+        receiver->setCopyBudget(m_copyBudget);
+        connect(receiver, &StreamReceiver::frameData, this, &ReceiverController::forwardFrameData);
+    }
+    thread->start(QThread::InheritPriority);
+    receivers.append(receiver);
+}
+
+bool ReceiverController::stopReceivers()
+{
+    for (StreamReceiver *receiver : qAsConst(receivers))
+        receiver->requestStop();
+    return true;
+}
+
+void ReceiverController::tearDown(QThread *thread, int position)
+{
+    thread->wait(); // its last lines may still run when finished() arrives
+    delete thread;
+    for (int i = receivers.size() - 1; i >= 0; --i) {
+        if (receivers.at(i)->receiverIndex == position) {
+            delete receivers.takeAt(i);
+            break;
+        }
+    }
+    if (receivers.isEmpty() && !m_reported) {
+        m_reported = true;
+        emit sourceReceiverFinished(sourceIndex); // the handler may have let go of this object: stay last
+    }
+}
+
+void ReceiverController::onReceiverFrame(double fps, int time, int format, double defaultFPS, int width, int height,
+                                         int dataRate, int ping, int graphNum)
+{
+    emit sourceFrameReceived(fps, time, format, defaultFPS, width, height, dataRate, ping, sourceIndex, graphNum);
+}
+
+void ReceiverController::forwardFrameData(int type, int width, int height, uint8_t *pData)
+{
+    if (isSignalConnected(frameDataSignal())) {
+        emit frameData(sourceIndex, type, width, height, pData);
+    } else {
+        delete[] pData;
+        updateCopiesWanted(); // a listener that was destroyed leaves without a notice
+    }
+    m_copyBudget->release();
+}
+
+void ReceiverController::connectNotify(const QMetaMethod &signal)
+{
+    if (signal == frameDataSignal())
+        updateCopiesWanted();
+}
+
+void ReceiverController::disconnectNotify(const QMetaMethod &signal)
+{
+    // An invalid signal stands for "all of them".
+    if (!signal.isValid() || signal == frameDataSignal())
+        updateCopiesWanted();
+}
+
+void ReceiverController::updateCopiesWanted()
+{
+    m_copyBudget->setWanted(isSignalConnected(frameDataSignal()));
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "ndi/framecopybudget.h"
+#include "ndi/ndimetatypes.h"
+#include "ndi/ndisource.h"
+
+#include <QList>
+#include <QObject>
+
+#include <memory>
+
+class QThread;
+class StreamReceiver;
+
+/// Runs one test on one source with several receivers, each on a thread of its own, and reports when
+/// the last of them is gone. Lives in its creator's thread, which needs an event loop; everything
+/// but the receivers happens there. The creator deletes it with deleteLater() after
+/// sourceReceiverFinished(). Deleted earlier, it asks its receivers to stop and they go by themselves.
+class ReceiverController final : public QObject {
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ReceiverController)
+
+public:
+    ReceiverController();
+    ~ReceiverController() override;
+
+    /// Copies the source and starts count receivers (1 to 8) that report as indexBase + 0, 1, ...
+    /// Below 1 nothing is created and nothing will be signalled. Always true. Call once.
+    bool startReceivers(const NDIlib_source_t &source, int sourceIndex, int count, int indexBase);
+
+    /// Asks every receiver to stop and does not wait; each ends within 1000 ms. Always true. A frame
+    /// captured meanwhile is still measured and reported.
+    bool stopReceivers();
+
+    NDIlib_source_t source;            ///< the source under test, in bytes of our own
+    int sourceIndex = 0;               ///< the caller's index, carried in every signal
+    int receiverCount = 0;             ///< as asked for
+    QList<StreamReceiver *> receivers; ///< the live ones, in order of creation
+
+signals:
+    /// Pixels of the first receiver; whoever receives them frees pData with delete[]. Connect from an
+    /// object in this thread: then at most four copies are ever under way.
+    void frameData(int sourceIndex, int type, int width, int height, uint8_t *pData);
+    /// All receivers are gone; once.
+    void sourceReceiverFinished(int index);
+    /// One measurement of any receiver; see StreamReceiver::frameReceived(). indexNum is its graphNum.
+    void sourceFrameReceived(double fps, int time, int format, double defaultFPS, int width, int height, int dataRate,
+                             int ping, int sourceIndex, int indexNum);
+
+protected:
+    void connectNotify(const QMetaMethod &signal) override;
+    void disconnectNotify(const QMetaMethod &signal) override;
+
+private slots:
+    void onReceiverFrame(double fps, int time, int format, double defaultFPS, int width, int height, int dataRate,
+                         int ping, int graphNum);
+
+private:
+    void startReceiver(int position, int graphNum);
+    void tearDown(QThread *thread, int position);
+    void forwardFrameData(int type, int width, int height, uint8_t *pData);
+    void updateCopiesWanted();
+
+    NdiSource m_sourceCopy;
+    std::shared_ptr<FrameCopyBudget> m_copyBudget; ///< shared with the first receiver
+    bool m_reported = false;
+};

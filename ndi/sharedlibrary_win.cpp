@@ -1,0 +1,68 @@
+#include "ndi/sharedlibrary.h"
+
+#include "ndi/libraryimage.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <windows.h>
+
+#include <vector>
+
+void SharedLibraryCloser::operator()(void *handle) const noexcept
+{
+    FreeLibrary(static_cast<HMODULE>(handle));
+}
+
+SharedLibraryHandle openSharedLibrary(const QString &path, QString *reason)
+{
+    const bool bareName = !path.contains(QLatin1Char('/')) && !path.contains(QLatin1Char('\\'));
+    if (!bareName) {
+        QFile file(path);
+        if (!QFileInfo::exists(path)) {
+            *reason = QStringLiteral("missing");
+            return nullptr;
+        }
+        if (!file.open(QIODevice::ReadOnly)) {
+            *reason = QStringLiteral("not readable");
+            return nullptr;
+        }
+        const LibraryImage image = inspectPeImage(file.read(4096));
+        if (image != LibraryImage::Usable) {
+            *reason = libraryImageProblem(image);
+            return nullptr;
+        }
+    }
+    // With a full path the runtime's own folder is searched for what it needs in turn.
+    const QString nativePath = QDir::toNativeSeparators(path);
+    const DWORD flags = bareName ? 0 : LOAD_WITH_ALTERED_SEARCH_PATH;
+    SharedLibraryHandle library(LoadLibraryExW(reinterpret_cast<const wchar_t *>(nativePath.utf16()), nullptr, flags));
+    if (library)
+        return library;
+    const DWORD error = GetLastError();
+    if (error == ERROR_BAD_EXE_FORMAT)
+        *reason = QStringLiteral("wrong architecture");
+    else if (error == ERROR_MOD_NOT_FOUND)
+        *reason = bareName ? QStringLiteral("missing") : QStringLiteral("a library that it needs is missing");
+    else
+        *reason = QStringLiteral("does not load, Windows error %1").arg(error);
+    return nullptr;
+}
+
+void (*resolveSymbol(const SharedLibraryHandle &library, const char *name))()
+{
+    return reinterpret_cast<void (*)()>(GetProcAddress(static_cast<HMODULE>(library.get()), name));
+}
+
+QStringList runtimeFileNames()
+{
+    return {QStringLiteral("Processing.NDI.Lib.x64.dll")};
+}
+
+QString programFolder()
+{
+    std::vector<wchar_t> buffer(32768);
+    const DWORD length = GetModuleFileNameW(nullptr, buffer.data(), DWORD(buffer.size()));
+    return QFileInfo(QString::fromWCharArray(buffer.data(), int(length))).absolutePath();
+}
