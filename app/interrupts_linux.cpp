@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <ctime>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -13,17 +15,27 @@ namespace {
 
 constexpr int statusOfInterrupted = 1;
 
-// The handler may use nothing but these and write(2).
+// The handler may use nothing but these, clock_gettime(2) and write(2).
 std::atomic<bool> isArmed{false};
-std::atomic<int> interruptCount{0};
+std::atomic<std::int64_t> firstInterruptMs{0}; // monotonic, 0: none yet
 std::atomic<int> wakeDescriptor{-1};
-static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free
+              && std::atomic<std::int64_t>::is_always_lock_free);
 
 extern "C" void onInterrupt(int)
 {
     const int savedErrno = errno;
-    if (!isArmed || interruptCount.fetch_add(1) > 0)
+    if (!isArmed)
         _exit(statusOfInterrupted);
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    const std::int64_t nowMs = std::int64_t(now.tv_sec) * 1000 + now.tv_nsec / 1000000 + 1;
+    std::int64_t firstMs = 0;
+    if (!firstInterruptMs.compare_exchange_strong(firstMs, nowMs)) {
+        if (nowMs - firstMs >= Interrupts::repeatMs)
+            _exit(statusOfInterrupted);
+        return;
+    }
     const char byte = 0;
     static_cast<void>(!write(wakeDescriptor, &byte, 1));
     errno = savedErrno;

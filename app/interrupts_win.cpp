@@ -11,14 +11,21 @@ namespace {
 constexpr int statusOfInterrupted = 1;
 
 std::atomic<bool> isArmed{false};
-std::atomic<int> interruptCount{0};
+std::atomic<ULONGLONG> firstInterruptMs{0}; // since the system started, 0: none yet
 std::atomic<Interrupts *> receiver{nullptr};
 
 BOOL WINAPI onControlEvent(DWORD event)
 {
     Interrupts *const interrupts = receiver;
-    if (!isArmed || !interrupts || interruptCount.fetch_add(1) > 0)
+    if (!isArmed || !interrupts)
         endProcess(statusOfInterrupted);
+    const ULONGLONG nowMs = GetTickCount64() + 1;
+    ULONGLONG firstMs = 0;
+    if (!firstInterruptMs.compare_exchange_strong(firstMs, nowMs)) {
+        if (nowMs - firstMs >= ULONGLONG(Interrupts::repeatMs))
+            endProcess(statusOfInterrupted);
+        return TRUE;
+    }
     emit interrupts->interrupted(); // connections to other threads are queued
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         Sleep(INFINITE); // the system ends the process as soon as this returns: leave time for the record

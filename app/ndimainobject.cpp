@@ -39,10 +39,11 @@ NDIMainObject::~NDIMainObject()
     // Controllers live on worker and need an event loop there to see their receivers off.
     worker.start();
     QEventLoop allGone;
-    int left = controllers.size();
+    int left = 0;
     QMetaObject::invokeMethod(
         this,
         [this, &allGone, &left] {
+            left = controllers.size(); // some may have gone since worker runs again
             for (ReceiverController *controller : qAsConst(controllers)) {
                 controller->disconnect(this);
                 connect(controller, &ReceiverController::sourceReceiverFinished, &allGone, [&allGone, &left] {
@@ -54,7 +55,8 @@ NDIMainObject::~NDIMainObject()
             }
         },
         Qt::BlockingQueuedConnection);
-    allGone.exec();
+    if (left > 0)
+        allGone.exec();
     worker.quit();
     worker.wait();
 }
@@ -96,8 +98,9 @@ void NDIMainObject::runDiscovery(bool *finderMade, bool *endedQuiet)
 {
     print(QStringLiteral("Checking NDI sources...\n"));
     const DiscoveredSources found = discoverSources();
-    sources = found.sources;
-    count = found.count;
+    m_sourceList = found.sources;
+    sources = m_sourceList.data();
+    count = m_sourceList.count();
     *finderMade = found.finder != nullptr;
     *endedQuiet = found.endedQuiet;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/consolewriter.h"
-#include "ndi/nditypes.h"
+#include "ndi/sourcelist.h"
 
 #include <QList>
 #include <QObject>
@@ -61,11 +61,12 @@ private:
     void printRecordFailed();
 
     QList<ReceiverController *> controllers;  ///< of the running test; own thread
-    const NDIlib_source_t *sources = nullptr; ///< the runtime's array from the last search
+    const NDIlib_source_t *sources = nullptr; ///< the array of m_sourceList
     int count = 0;                            ///< its length
     std::unique_ptr<QTimer> testTimer;        ///< lives on the thread that made this object
     QThread worker;
     QStringList rows;          ///< the record's lines so far; own thread
+    SourceList m_sourceList;   ///< from the last search
     QStringList m_sourceNames; ///< for the record; set while no test runs
     StandardConsoleWriter m_standardConsole;
     ConsoleWriter *m_console = &m_standardConsole;

@@ -25,8 +25,8 @@ DiscoveredSources discoverSources()
             break;
         }
         std::uint32_t count = 0;
-        found.sources = NDIlib_find_get_current_sources(found.finder, &count);
-        found.count = found.sources ? int(count) : 0;
+        const NDIlib_source_t *const sources = NDIlib_find_get_current_sources(found.finder, &count);
+        found.sources = SourceList(sources, count);
     }
     return found;
 }

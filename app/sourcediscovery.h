@@ -1,12 +1,11 @@
 #pragma once
 
-#include "ndi/nditypes.h"
+#include "ndi/sourcelist.h"
 
 /// What a search of the network brought.
 struct DiscoveredSources {
-    NDIlib_find_instance_t finder = nullptr;  ///< null: the runtime made none; never destroyed
-    const NDIlib_source_t *sources = nullptr; ///< the runtime's array; good while the finder is left alone
-    int count = 0;
+    NDIlib_find_instance_t finder = nullptr; ///< null: the runtime made none; never destroyed
+    SourceList sources;
     bool endedQuiet = false; ///< the list had settled when the search ended
 };
 

@@ -43,14 +43,9 @@ void SourceFinder::start()
     }
     std::uint32_t found = 0;
     const NDIlib_source_t *const list = NDIlib_find_get_current_sources(finder, &found);
-    Snapshot snapshot;
-    for (std::uint32_t i = 0; list && i < found; ++i)
-        snapshot.owned.append(NdiSource(list[i]));
-    for (const NdiSource &source : qAsConst(snapshot.owned))
-        snapshot.array.append(source.view());
-    m_previous = std::exchange(m_current, std::move(snapshot));
-    count = m_current.array.size();
-    sources = count > 0 ? m_current.array.constData() : nullptr;
+    m_previous = std::exchange(m_current, SourceList(list, found));
+    count = m_current.count();
+    sources = m_current.data();
     emit finished();
     emit didFindNIDSources(sources, count);
 }

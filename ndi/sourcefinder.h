@@ -1,10 +1,9 @@
 #pragma once
 
 #include "ndi/ndimetatypes.h"
-#include "ndi/ndisource.h"
+#include "ndi/sourcelist.h"
 
 #include <QObject>
-#include <QVector>
 
 /// Asks the NDI runtime once for the sources on the network, each time start() is called.
 /// Made on the GUI thread (a failure shows a message box there), then moved to a worker thread that
@@ -32,16 +31,9 @@ public slots:
     void start();
 
 private:
-    /// A list in memory of its own: the runtime's array dies with the next query, when the last list
-    /// may still lie unread in the window's event queue.
-    struct Snapshot {
-        QVector<NdiSource> owned;
-        QVector<NDIlib_source_t> array;
-    };
-
     NDIlib_find_instance_t finder = nullptr;
     const NDIlib_source_t *sources = nullptr; ///< the array last sent
     int count = 0;
-    Snapshot m_current;
-    Snapshot m_previous;
+    SourceList m_current;
+    SourceList m_previous; ///< may still lie unread in the window's event queue
 };

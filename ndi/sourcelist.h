@@ -1,0 +1,28 @@
+#pragma once
+
+#include "ndi/ndisource.h"
+
+#include <QVector>
+
+/// A list of sources in memory of its own, in the shape of the runtime's array. The runtime's dies
+/// with the next call on its finder, so whatever is to be kept is taken into one of these at once.
+class SourceList final {
+public:
+    SourceList() = default;
+    SourceList(const NDIlib_source_t *sources, std::uint32_t count)
+    {
+        for (std::uint32_t i = 0; sources && i < count; ++i)
+            m_owned.append(NdiSource(sources[i]));
+        for (const NdiSource &source : qAsConst(m_owned))
+            m_array.append(source.view());
+    }
+
+    int count() const { return m_array.size(); }
+    /// The array, null when it is empty; good while this object or a copy of it lives unchanged.
+    const NDIlib_source_t *data() const { return m_array.isEmpty() ? nullptr : m_array.constData(); }
+    const NdiSource &at(int index) const { return m_owned.at(index); }
+
+private:
+    QVector<NdiSource> m_owned;
+    QVector<NDIlib_source_t> m_array; ///< points into m_owned's bytes
+};

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "tests/support/programrun.h"
+
+class QProcess;
+
+/// Sets a process that is not started yet up so that interruptProcess() reaches it and nobody else.
+void prepareForInterrupts(QProcess *process);
+
+/// Asks a running process to end.
+void interruptProcess(qint64 processId, ProgramRun::Interrupt kind);

@@ -1,0 +1,46 @@
+#include "tests/support/testbase.h"
+
+#include <QMutex>
+#include <QtTest>
+
+namespace {
+
+QMutex mutex; // guards the next two
+QStringList expected;
+QStringList unexpected;
+QtMessageHandler testHandler = nullptr; // Qt Test's own, set before any thread runs
+
+void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type == QtWarningMsg || type == QtCriticalMsg) {
+        const QMutexLocker locker(&mutex);
+        const auto isPartOf = [&message](const QString &part) { return message.contains(part); };
+        if (std::none_of(expected.cbegin(), expected.cend(), isPartOf))
+            unexpected.append(message);
+    }
+    testHandler(type, context, message);
+}
+
+} // namespace
+
+void TestBase::expectWarning(const QString &part)
+{
+    const QMutexLocker locker(&mutex);
+    expected.append(part);
+}
+
+void TestBase::init()
+{
+    const QtMessageHandler before = qInstallMessageHandler(handleMessage);
+    if (before != handleMessage)
+        testHandler = before;
+    const QMutexLocker locker(&mutex);
+    expected.clear();
+    unexpected.clear();
+}
+
+void TestBase::cleanup()
+{
+    const QMutexLocker locker(&mutex);
+    QVERIFY2(unexpected.isEmpty(), qPrintable(QLatin1String("unexpected: ") + unexpected.join(QLatin1String("; "))));
+}

@@ -1,0 +1,60 @@
+#include "tests/support/programrun.h"
+#include "tests/support/testbase.h"
+#include "tests/support/truthcheck.h"
+
+#include <QtTest>
+
+/// A whole test of the real program, measured against what the loopback runtime says it did.
+class TestConsoleAccuracy final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void eightReceiversLoseNothing();
+};
+
+void TestConsoleAccuracy::eightReceiversLoseNothing()
+{
+    constexpr int receivers = 8;
+    ProgramRun run({QStringLiteral("-test"), QStringLiteral("LOOPBACK (1080p59.94)"), QStringLiteral("-receivers"),
+                    QString::number(receivers)});
+    run.keepTruth();
+    run.start();
+    QVERIFY2(run.waitForFinished(100000), run.account());
+    QVERIFY2(run.endedWith(1), run.account());
+
+    const TestRecord record = TestRecord::read(run.recordPath());
+    QCOMPARE(record.problem, QString());
+    QCOMPARE(run.standardOutput(), QByteArray(record.rows.size(), '.'));
+    const std::vector<loopback::TruthRecord> events = loopback::readTruth(run.truthPath().toStdString());
+    QCOMPARE(int(loopback::countTruth(events, "drop")), 0);
+    QCOMPARE(int(loopback::countTruth(events, "refree")), 0);
+    QCOMPARE(int(loopback::countTruth(events, "dead")), 0);
+
+    const QVector<ReceiverTruth> truth = truthOfReceivers(events);
+    QCOMPARE(truth.size(), receivers);
+    QVector<int> pairing;
+    QCOMPARE(pairWithTruth(record, truth, 1, &pairing), QString());
+    for (int receiver = 1; receiver <= receivers; ++receiver) {
+        const QVector<TestRecordRow> rows = record.rowsOf(receiver);
+        const ReceiverTruth &handedOver = truth.at(pairing.at(receiver - 1));
+        QCOMPARE(checkRowsAmongThemselves(rows), QString());
+        for (const TestRecordRow &row : rows) {
+            QCOMPARE(row.sourceName, QByteArray("LOOPBACK (1080p59.94)"));
+            QCOMPARE(row.width, 1920);
+            QCOMPARE(row.height, 1080);
+            QCOMPARE(row.defaultFps, 59.0);
+        }
+        // A minute at 60000/1001 frames a second, less what connecting takes.
+        QVERIFY2(rows.size() >= 3590 && rows.size() <= 3600, qPrintable(QString::number(rows.size())));
+        const int firstFrame = int(handedOver.frames.first().number);
+        QVERIFY2(firstFrame <= 2, qPrintable(QString::number(firstFrame))); // a receiver may connect a moment late
+        for (int frame = 0; frame < handedOver.frames.size(); ++frame)
+            QCOMPARE(int(handedOver.frames.at(frame).number), firstFrame + frame);
+        // What was handed over without a row came after the minute.
+        for (int frame = rows.size(); frame < handedOver.frames.size(); ++frame)
+            QVERIFY2(handedOver.timeMs(frame) >= 59900, qPrintable(QString::number(handedOver.timeMs(frame))));
+    }
+}
+
+QTEST_GUILESS_MAIN(TestConsoleAccuracy)
+#include "tst_console_accuracy.moc"

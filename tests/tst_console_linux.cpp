@@ -1,0 +1,155 @@
+#include "tests/support/programrun.h"
+#include "tests/support/testbase.h"
+#include "tests/support/testrecord.h"
+
+#include <QtTest>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+using Interrupt = ProgramRun::Interrupt;
+
+namespace {
+
+const QStringList eightReceivers{QStringLiteral("-test"), QStringLiteral("LOOPBACK (720p50)"),
+                                 QStringLiteral("-receivers"), QStringLiteral("8")};
+
+/// Runs the program through a line of shell, in which it is "$@".
+void startThroughShell(ProgramRun *run, const char *line)
+{
+    run->startThrough(QStringLiteral("bash"),
+                      {QStringLiteral("-c"), QString::fromLatin1(line), QStringLiteral("shell")});
+    run->start();
+}
+
+} // namespace
+
+/// What a Linux shell can do to the program's streams, limits and signals.
+class TestConsoleLinux final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void aReaderThatGoesAwayChangesNothing();
+    void closedStreamsAreNoHarm();
+    void outputThatFailsIsNoHarm();
+    void aWriteCutShortIsAFailure_data();
+    void aWriteCutShortIsAFailure();
+    void nohupOutlivesTheTerminal();
+    void aSecondInterruptEndsAtOnce();
+    void anEnvironmentThatSilencesLogsSilencesNothing();
+};
+
+void TestConsoleLinux::aReaderThatGoesAwayChangesNothing()
+{
+    ProgramRun run(eightReceivers);
+    startThroughShell(&run, "timeout --preserve-status -s INT 4 \"$@\" | head -c 5; exit ${PIPESTATUS[0]}");
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(run.endedWith(1), run.account());
+    QVERIFY(TestRecord::read(run.recordPath()).rows.size() > 100);
+}
+
+void TestConsoleLinux::closedStreamsAreNoHarm()
+{
+    ProgramRun run(eightReceivers);
+    startThroughShell(&run, "exec timeout --foreground --preserve-status -s INT 4 \"$@\" <&- >&- 2>&-");
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(run.endedWith(1), run.account());
+    const QDir records(run.home() + QLatin1String("/Documents/Tessaly/Vexa"));
+    const QStringList files = records.entryList(QDir::Files);
+    QCOMPARE(files.size(), 1);
+    const TestRecord record = TestRecord::read(records.filePath(files.first()));
+    QCOMPARE(record.problem, QString()); // no dot and no line has gone astray
+    QVERIFY(record.rows.size() > 100);
+}
+
+void TestConsoleLinux::outputThatFailsIsNoHarm()
+{
+    ProgramRun run(eightReceivers);
+    startThroughShell(&run, "timeout --preserve-status -s INT 4 \"$@\" >/dev/full");
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(run.endedWith(1), run.account());
+    QVERIFY(TestRecord::read(run.recordPath()).rows.size() > 100);
+}
+
+void TestConsoleLinux::aWriteCutShortIsAFailure_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<int>("sizeOfRecord");
+    // The header has 118 bytes.
+    QTest::newRow("no byte") << QByteArray("exec prlimit --fsize=0 \"$@\"") << 0;
+    QTest::newRow("a part of the header") << QByteArray("exec prlimit --fsize=100 \"$@\"") << 100;
+    QTest::newRow("a part of the rows") << QByteArray("exec prlimit --fsize=3000 \"$@\"") << 3000;
+}
+
+void TestConsoleLinux::aWriteCutShortIsAFailure()
+{
+    QFETCH(QByteArray, command);
+    QFETCH(int, sizeOfRecord);
+    ProgramRun run(eightReceivers);
+    startThroughShell(&run, command.constData());
+    QVERIFY2(run.waitForDots(200), run.account());
+    run.interrupt(Interrupt::Interrupt);
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(run.endedWith(1), run.account());
+    QVERIFY2(run.standardError().endsWith("\nFinished to test. But not created the recorded file(csv) by some "
+                                          "reason!!!\n\n"),
+             run.account());
+    const QDir records(run.home() + QLatin1String("/Documents/Tessaly/Vexa"));
+    const QFileInfoList files = records.entryInfoList(QDir::Files);
+    QCOMPARE(files.size(), 1);
+    QCOMPARE(int(files.first().size()), sizeOfRecord); // what could be written stays
+}
+
+void TestConsoleLinux::nohupOutlivesTheTerminal()
+{
+    ProgramRun run(eightReceivers);
+    run.startThrough(QStringLiteral("nohup"), {});
+    run.start();
+    QVERIFY2(run.waitForDots(50), run.account());
+    run.interrupt(Interrupt::HangUp);
+    const int dots = run.standardOutput().size();
+    QVERIFY2(run.waitForDots(dots + 400), run.account());
+    run.interrupt(Interrupt::Terminate);
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(run.endedWith(1), run.account());
+    QVERIFY(!run.recordPath().isEmpty());
+}
+
+void TestConsoleLinux::aSecondInterruptEndsAtOnce()
+{
+    // Nobody reads the dots and the pipe is full, so the first interrupt waits for ever.
+    int ends[2] = {-1, -1};
+    QCOMPARE(pipe2(ends, O_CLOEXEC), 0);
+    QVERIFY(fcntl(ends[1], F_SETPIPE_SZ, 4096) > 0);
+    QCOMPARE(fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
+    const QByteArray filling(4096, 'x');
+    while (write(ends[1], filling.constData(), std::size_t(filling.size())) > 0) {
+    }
+    QCOMPARE(fcntl(ends[1], F_SETFL, 0), 0);
+    ProgramRun run(eightReceivers);
+    run.process().setStandardOutputFile(QStringLiteral("/proc/self/fd/%1").arg(ends[1]), QIODevice::Append);
+    run.start();
+    QVERIFY2(run.waitForError("Start Testing..."), run.account());
+    QVERIFY2(!run.waitForFinished(500), run.account());
+    run.interrupt(Interrupt::Interrupt);
+    QVERIFY2(!run.waitForFinished(500), run.account());
+    run.interrupt(Interrupt::Terminate);
+    QVERIFY2(run.waitForFinished(5000), run.account());
+    QVERIFY2(run.endedWith(1), run.account());
+    QVERIFY2(run.recordPath().isEmpty(), run.account());
+    close(ends[0]);
+    close(ends[1]);
+}
+
+void TestConsoleLinux::anEnvironmentThatSilencesLogsSilencesNothing()
+{
+    ProgramRun run({QStringLiteral("-findsources")});
+    run.setVariable(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("*=false"));
+    run.setVariable(QStringLiteral("QT_MESSAGE_PATTERN"), QStringLiteral("[%{type}] %{message}"));
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(run.standardError().contains("\nNDI Sources : 4\n[1] LOOPBACK (1080p59.94)\n"), run.account());
+}
+
+QTEST_GUILESS_MAIN(TestConsoleLinux)
+#include "tst_console_linux.moc"

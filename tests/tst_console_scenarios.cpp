@@ -1,0 +1,239 @@
+#include "tests/support/programrun.h"
+#include "tests/support/testbase.h"
+#include "tests/support/truthcheck.h"
+
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+constexpr int receiverCount = 3;
+const QString sourceName = QStringLiteral("STAGE");
+
+struct Scenario {
+    QByteArray json;
+    std::unique_ptr<ProgramRun> run;
+    TestRecord record;
+    std::vector<loopback::TruthRecord> events;
+};
+
+QByteArray oneSource(const QByteArray &more)
+{
+    return "{\"sources\":[{\"name\":\"STAGE\",\"width\":640,\"height\":360," + more + "}]}";
+}
+
+/// The row at which a receiver's first frame at or after a number of the source stands.
+int rowOfFrame(const ReceiverTruth &truth, std::int64_t number)
+{
+    int row = 0;
+    while (row < truth.frames.size() && truth.frames.at(row).number < number)
+        ++row;
+    return row;
+}
+
+} // namespace
+
+/// What happens to a source in mid-test stands in the record where it happened. Each scenario takes its
+/// minute, all of them at the same time.
+class TestConsoleScenarios final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void everyRowIsAFrame_data();
+    void everyRowIsAFrame();
+    void droppedFramesAreAGap();
+    void aStallIsOneLongInterval();
+    void aBurstIsManyShortIntervals();
+    void framesWithoutSizeAreLeftOut();
+    void aNewSizeShowsFromItsFrame();
+    void aNewRateShowsFromItsFrame();
+    void aSourceThatComesBackGoesOn();
+    void audioBetweenFramesChangesNothing();
+
+private:
+    const QVector<TestRecordRow> rows(const char *scenario, int receiver) const;
+    /// The truth that belongs to a receiver of the record, 1-based.
+    ReceiverTruth truthFor(const char *scenario, int receiver) const;
+
+    std::map<QByteArray, Scenario> m_scenarios;
+};
+
+void TestConsoleScenarios::initTestCase()
+{
+    const QByteArray fifty = "\"rateN\":50,\"rateD\":1";
+    m_scenarios["drop"].json = oneSource(fifty + ",\"events\":[{\"kind\":\"drop\",\"atFrame\":500,\"frames\":30}]");
+    m_scenarios["stall"].json = oneSource(fifty + ",\"events\":[{\"kind\":\"stall\",\"atMs\":20000,\"ms\":1500}]");
+    m_scenarios["burst"].json = oneSource(fifty + ",\"events\":[{\"kind\":\"burst\",\"atFrame\":1000,\"frames\":10}]");
+    m_scenarios["zero"].json = oneSource(fifty + ",\"events\":[{\"kind\":\"zeroSize\",\"atFrame\":700,\"frames\":4}]");
+    m_scenarios["size"].json =
+        oneSource(fifty + ",\"events\":[{\"kind\":\"size\",\"atFrame\":800,\"width\":1280,\"height\":720}]");
+    m_scenarios["rate"].json = oneSource(
+        "\"rateN\":60,\"rateD\":1,\"events\":[{\"kind\":\"rate\",\"atFrame\":1200,\"rateN\":25,\"rateD\":1}]");
+    m_scenarios["vanish"].json = oneSource(fifty + ",\"events\":[{\"kind\":\"vanish\",\"atMs\":30000,\"ms\":3000}]");
+    m_scenarios["audio"].json = oneSource(
+        fifty
+        + ",\"audio\":{\"blocksPerFrame\":2,\"samples\":480},\"events\":[{\"kind\":\"status\",\"atMs\":900},"
+          "{\"kind\":\"unknown\",\"atMs\":1800,\"value\":4711},{\"kind\":\"unknown\",\"atMs\":2700,\"value\":101}]");
+    m_scenarios["jitter"].json = oneSource(fifty + ",\"jitter\":{\"kind\":\"gaussian\",\"sigmaMs\":6,\"seed\":42}");
+    for (auto &entry : m_scenarios) {
+        Scenario &scenario = entry.second;
+        scenario.run = std::make_unique<ProgramRun>(QStringList{
+            QStringLiteral("-test"), sourceName, QStringLiteral("-receivers"), QString::number(receiverCount)});
+        scenario.run->setScenario(scenario.json);
+        scenario.run->keepTruth();
+        scenario.run->start();
+    }
+    for (auto &entry : m_scenarios) {
+        Scenario &scenario = entry.second;
+        QVERIFY2(scenario.run->waitForFinished(120000), scenario.run->account());
+        QVERIFY2(scenario.run->endedWith(1), scenario.run->account());
+        scenario.record = TestRecord::read(scenario.run->recordPath());
+        scenario.events = loopback::readTruth(scenario.run->truthPath().toStdString());
+    }
+}
+
+const QVector<TestRecordRow> TestConsoleScenarios::rows(const char *scenario, int receiver) const
+{
+    return m_scenarios.at(scenario).record.rowsOf(receiver);
+}
+
+ReceiverTruth TestConsoleScenarios::truthFor(const char *scenario, int receiver) const
+{
+    const Scenario &which = m_scenarios.at(scenario);
+    QVector<int> pairing;
+    const QVector<ReceiverTruth> truth = truthOfReceivers(which.events);
+    // A few ms: all the scenarios share two cores.
+    return pairWithTruth(which.record, truth, 5, &pairing).isEmpty() ? truth.at(pairing.at(receiver - 1))
+                                                                     : ReceiverTruth();
+}
+
+void TestConsoleScenarios::everyRowIsAFrame_data()
+{
+    QTest::addColumn<QByteArray>("scenario");
+    for (const auto &entry : m_scenarios)
+        QTest::newRow(entry.first.constData()) << entry.first;
+}
+
+void TestConsoleScenarios::everyRowIsAFrame()
+{
+    QFETCH(QByteArray, scenario);
+    const Scenario &which = m_scenarios.at(scenario);
+    QCOMPARE(which.record.problem, QString());
+    QCOMPARE(int(loopback::countTruth(which.events, "drop")), 0);
+    QCOMPARE(int(loopback::countTruth(which.events, "refree")), 0);
+    QCOMPARE(int(loopback::countTruth(which.events, "dead")), 0);
+    const QVector<ReceiverTruth> truth = truthOfReceivers(which.events);
+    QCOMPARE(truth.size(), receiverCount);
+    QVector<int> pairing;
+    QCOMPARE(pairWithTruth(which.record, truth, 5, &pairing), QString());
+    for (int receiver = 1; receiver <= receiverCount; ++receiver) {
+        const QVector<TestRecordRow> itsRows = which.record.rowsOf(receiver);
+        QVERIFY(itsRows.size() > 1000);
+        if (scenario != "zero") // a frame without a row still moves the window of the rate on
+            QCOMPARE(checkRowsAmongThemselves(itsRows), QString());
+        const ReceiverTruth &handedOver = truth.at(pairing.at(receiver - 1));
+        for (int frame = itsRows.size(); frame < handedOver.frames.size(); ++frame)
+            QVERIFY2(handedOver.timeMs(frame) >= 59900, qPrintable(QString::number(handedOver.timeMs(frame))));
+    }
+}
+
+void TestConsoleScenarios::droppedFramesAreAGap()
+{
+    for (int receiver = 1; receiver <= receiverCount; ++receiver) {
+        const ReceiverTruth truth = truthFor("drop", receiver);
+        const int row = rowOfFrame(truth, 500);
+        QVERIFY(row < truth.frames.size());
+        QCOMPARE(int(truth.frames.at(row - 1).number), 499);
+        QCOMPARE(int(truth.frames.at(row).number), 530);
+        const int intervalMs = rows("drop", receiver).at(row).intervalMs;
+        QVERIFY2(qAbs(intervalMs - 31 * 20) <= 10, qPrintable(QString::number(intervalMs)));
+    }
+}
+
+void TestConsoleScenarios::aStallIsOneLongInterval()
+{
+    for (int receiver = 1; receiver <= receiverCount; ++receiver) {
+        int longIntervals = 0;
+        for (const TestRecordRow &row : rows("stall", receiver)) {
+            if (row.intervalMs < 1000)
+                continue;
+            ++longIntervals;
+            QVERIFY2(qAbs(row.intervalMs - 1520) <= 30, qPrintable(QString::number(row.intervalMs)));
+            QVERIFY2(qAbs(row.timeMs - 21500) <= 100, qPrintable(QString::number(row.timeMs)));
+        }
+        QCOMPARE(longIntervals, 1);
+    }
+}
+
+void TestConsoleScenarios::aBurstIsManyShortIntervals()
+{
+    for (int receiver = 1; receiver <= receiverCount; ++receiver) {
+        const int row = rowOfFrame(truthFor("burst", receiver), 1000);
+        const QVector<TestRecordRow> all = rows("burst", receiver);
+        QVERIFY(row + 10 < all.size());
+        QVERIFY2(all.at(row).intervalMs >= 180, qPrintable(QString::number(all.at(row).intervalMs)));
+        for (int i = 1; i < 10; ++i)
+            QVERIFY2(all.at(row + i).intervalMs <= 10, qPrintable(QString::number(all.at(row + i).intervalMs)));
+    }
+}
+
+void TestConsoleScenarios::framesWithoutSizeAreLeftOut()
+{
+    const Scenario &scenario = m_scenarios.at("zero");
+    const auto hasNoSize = [](const loopback::TruthRecord &record) {
+        return record.kind == "video" && record.note == "0x0";
+    };
+    QCOMPARE(int(std::count_if(scenario.events.cbegin(), scenario.events.cend(), hasNoSize)), 4 * receiverCount);
+    for (const TestRecordRow &row : scenario.record.rows)
+        QVERIFY(row.width == 640 && row.height == 360);
+}
+
+void TestConsoleScenarios::aNewSizeShowsFromItsFrame()
+{
+    for (int receiver = 1; receiver <= receiverCount; ++receiver) {
+        const int change = rowOfFrame(truthFor("size", receiver), 800);
+        const QVector<TestRecordRow> all = rows("size", receiver);
+        QVERIFY(change > 0 && change < all.size());
+        for (int i = 0; i < all.size(); ++i)
+            QCOMPARE(all.at(i).width, i < change ? 640 : 1280);
+    }
+}
+
+void TestConsoleScenarios::aNewRateShowsFromItsFrame()
+{
+    for (int receiver = 1; receiver <= receiverCount; ++receiver) {
+        const int change = rowOfFrame(truthFor("rate", receiver), 1200);
+        const QVector<TestRecordRow> all = rows("rate", receiver);
+        QVERIFY(change > 0 && change < all.size());
+        for (int i = 0; i < all.size(); ++i)
+            QCOMPARE(all.at(i).defaultFps, i < change ? 60.0 : 25.0);
+        QVERIFY2(qAbs(all.last().fps - 25.0) < 0.5, qPrintable(QString::number(all.last().fps)));
+    }
+}
+
+void TestConsoleScenarios::aSourceThatComesBackGoesOn()
+{
+    for (int receiver = 1; receiver <= receiverCount; ++receiver) {
+        int longIntervals = 0;
+        for (const TestRecordRow &row : rows("vanish", receiver)) {
+            if (row.intervalMs > 2900)
+                ++longIntervals;
+        }
+        QCOMPARE(longIntervals, 1);
+        QVERIFY(rows("vanish", receiver).last().timeMs > 59900);
+    }
+}
+
+void TestConsoleScenarios::audioBetweenFramesChangesNothing()
+{
+    const Scenario &scenario = m_scenarios.at("audio");
+    QVERIFY(loopback::countTruth(scenario.events, "audio") > 2 * 2900 * receiverCount);
+    QCOMPARE(int(loopback::countTruth(scenario.events, "status")), receiverCount);
+    QCOMPARE(int(loopback::countTruth(scenario.events, "unknown")), 2 * receiverCount);
+    QVERIFY(scenario.record.rows.size() > 2980 * receiverCount);
+}
+
+QTEST_GUILESS_MAIN(TestConsoleScenarios)
+#include "tst_console_scenarios.moc"

@@ -1,0 +1,196 @@
+#include "tests/support/programrun.h"
+#include "tests/support/testbase.h"
+
+#include <QDir>
+#include <QtTest>
+
+namespace {
+
+const QByteArray banner("\n****************************************************\n"
+                        "**\tTessaly NDI VEXA Command Line\t\t**\n"
+                        "****************************************************\n\n");
+const QByteArray checking("Checking NDI sources...\n\n");
+const QByteArray runtimeLine("Loopback NDI runtime: made-up sources for tests and demonstrations\n");
+const QByteArray usage("Usage :\n"
+                       "-help\n"
+                       "\tShow command line usage.\n"
+                       "-findsources\n"
+                       "\tFind and list NDI sources.\n"
+                       "-test NDI_SOURCE_NAME [-time TIME] [-receivers RECEIVER_COUNT]\n"
+                       "\tStart testing during TIME[min(s)].\n\n"
+                       "\tDefault TIME value is 1.\n"
+                       "\tTIME is available as 1, 2, 3, 4, or 5.\n\n"
+                       "\tReceivers could be defined for multiple receivers.\n"
+                       "\tRECEIVER_COUNT is number of receivers.\n"
+                       "\tDefault RECEIVER_COUNT value is 1.\n"
+                       "\tRECEIVER_COUNT is available as 1, 2, 3, 4, 5, 6, 7 or 8.\n\n"
+                       "Examples:\n"
+                       "\tTessalyNDIVexa -findsources\n"
+                       "\tTessalyNDIVexa -test NDI_Camera -time 2 -receivers 2\n"
+                       "\tTessalyNDIVexa -test \"DESKTOP-123 (VLC)\" -time 2\n");
+
+QByteArray scenarioOf(const QByteArray &sources)
+{
+    return "{\"sources\":[" + sources + "]}";
+}
+
+} // namespace
+
+/// What the real program prints, byte for byte.
+class TestConsoleTranscripts final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void transcript_data();
+    void transcript();
+    void noArgumentIsNoConsole();
+    void missingRuntimeIsExplained_data();
+    void missingRuntimeIsExplained();
+    void crashFolderIsMadeInTheWorkingFolder();
+    void namesAreTheSameBytesEverywhere();
+    void aListThatNeverSettlesEndsAfterAMinute();
+};
+
+void TestConsoleTranscripts::transcript_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("scenario");
+    QTest::addColumn<QByteArray>("expected");
+    const auto row = [](const char *title, const char *line, const QByteArray &scenario, const QByteArray &expected) {
+        QTest::newRow(title) << QString::fromUtf8(line).split(QLatin1Char('|')) << scenario << banner + expected;
+    };
+    const QByteArray badTime("Invalidated time parameter.\n");
+    const QByteArray badReceivers("Invalidated receivers parameter.\n");
+    const QByteArray searched = checking + runtimeLine;
+    const QByteArray cam = scenarioOf("{\"name\":\"CAM 1\"}");
+    row("help", "-help", cam, usage);
+    row("an unknown argument", "--version", cam, usage);
+    row("an empty argument", "", cam, usage);
+    row("a test in other letter case", "-TEST|CAM 1", cam, usage);
+    row("time 0", "-test|CAM 1|-time|0", cam, badTime + usage);
+    row("time 6", "-test|CAM 1|-time|6", cam, badTime + usage);
+    row("time is no number", "-test|CAM 1|-time|abc", cam, badTime + usage);
+    row("receivers 0", "-test|CAM 1|-receivers|0", cam, badReceivers + usage);
+    row("receivers 9", "-test|CAM 1|-receivers|9", cam, badReceivers + usage);
+    row("both bad", "-test|CAM 1|-time|6|-receivers|9", cam, badTime + usage);
+    row("test without a name", "-test", cam, searched + "Not found NDI source []\n" + usage);
+    row("unknown source", "-test|CAM 2", cam, searched + "Not found NDI source [CAM 2]\n" + usage);
+    row("source in other letter case", "-test|cam 1", cam, searched + "Not found NDI source [cam 1]\n" + usage);
+    row("placeholders in a name", "-test|%1 %s%n", cam, searched + "Not found NDI source [%1 %s%n]\n" + usage);
+    row("the loopback's own sources", "-findsources", QByteArray(),
+        searched
+            + "NDI Sources : 4\n[1] LOOPBACK (1080p59.94)\n[2] LOOPBACK (2160p25)\n[3] LOOPBACK (720p50)\n"
+              "[4] LOOPBACK (1080p29.97 jittery)\n");
+    row("no sources", "-findsources", scenarioOf(""),
+        searched + "Can not find NDI sources\nCan not find NDI sources\n");
+    row("three sources with awkward names", "-findsources",
+        scenarioOf("{\"name\":\"%1 %s%n\"},{\"name\":\"a,\\\"b\\\"\"},{\"name\":\"東京 🎥\"}"),
+        searched + "NDI Sources : 3\n[1] %1 %s%n\n[2] a,\"b\"\n[3] 東京 🎥\n");
+    row("a source that appears within the search", "-findsources",
+        scenarioOf("{\"name\":\"EARLY\"},{\"name\":\"LATE\",\"appearMs\":1500}"),
+        searched + "NDI Sources : 2\n[1] EARLY\n[2] LATE\n");
+    row("a source that appears after the list has settled", "-findsources",
+        scenarioOf("{\"name\":\"EARLY\"},{\"name\":\"TOO LATE\",\"appearMs\":6000}"),
+        searched + "NDI Sources : 1\n[1] EARLY\n");
+    row("a runtime without a finder", "-findsources", "{\"finderFails\":true,\"sources\":[]}",
+        searched + "Can not init NDI instance\n");
+    QByteArray many = "NDI Sources : 2000\n";
+    for (int i = 1; i <= 2000; ++i)
+        many += '[' + QByteArray::number(i) + "] CAM " + QByteArray::number(i) + '\n';
+    row("two thousand sources", "-findsources", scenarioOf("{\"name\":\"CAM %1\",\"repeat\":2000}"), searched + many);
+}
+
+void TestConsoleTranscripts::transcript()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, scenario);
+    QFETCH(QByteArray, expected);
+    ProgramRun run(arguments);
+    if (!scenario.isEmpty())
+        run.setScenario(scenario);
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QCOMPARE(run.standardError(), expected);
+    QCOMPARE(run.standardOutput(), QByteArray());
+    QVERIFY2(run.endedWith(1), run.account());
+}
+
+void TestConsoleTranscripts::noArgumentIsNoConsole()
+{
+    ProgramRun run({});
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(!run.standardError().contains("****"), run.account());
+}
+
+void TestConsoleTranscripts::missingRuntimeIsExplained_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("after");
+    QTest::newRow("finding") << QStringList{QStringLiteral("-findsources")}
+                             << QByteArray(checking + "Can not init NDI instance\n") << QByteArray();
+    QTest::newRow("testing") << QStringList{QStringLiteral("-test"), QStringLiteral("CAM")}
+                             << QByteArray(checking + "Not found NDI source [CAM]\n") << usage;
+}
+
+void TestConsoleTranscripts::missingRuntimeIsExplained()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, after);
+    ProgramRun run(arguments);
+    const QString folder = run.folder() + QLatin1String("/no-runtime-here");
+    run.setRuntimeFolder(folder);
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QByteArray text = run.standardError();
+    QVERIFY2(text.startsWith(banner + before), run.account());
+    text.remove(0, banner.size() + before.size());
+    QVERIFY2(text.endsWith(after), run.account());
+    text.chop(after.size());
+    QCOMPARE(text.count('\n'), 1);
+    QVERIFY2(text.startsWith("No usable NDI runtime was found"), text);
+    QVERIFY2(text.contains(QDir::toNativeSeparators(folder).toUtf8()), text);
+    QVERIFY2(run.endedWith(1), run.account());
+}
+
+void TestConsoleTranscripts::crashFolderIsMadeInTheWorkingFolder()
+{
+    ProgramRun run({QStringLiteral("-help")});
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY(QDir(run.folder() + QLatin1String("/crashes")).exists());
+}
+
+void TestConsoleTranscripts::namesAreTheSameBytesEverywhere()
+{
+    const QByteArray name("BÜHNE (東京 🎥), \"%1\"");
+    ProgramRun run({QStringLiteral("-test"), QString::fromUtf8(name)});
+    run.setScenario(
+        "{\"sources\":[{\"name\":\"BÜHNE (東京 🎥), \\\"%1\\\"\",\"events\":[{\"kind\":\"error\",\"atFrame\":5}]}]}");
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(run.standardError().contains("NDI Source : " + name + '\n'), run.account());
+    QFile record(run.recordPath());
+    QVERIFY2(record.open(QIODevice::ReadOnly), run.account());
+    const QList<QByteArray> lines = record.readAll().split('\n');
+    QCOMPARE(lines.size(), 1 + 5 + 1);
+    QVERIFY2(lines.at(1).startsWith(name + ','), lines.at(1));
+}
+
+void TestConsoleTranscripts::aListThatNeverSettlesEndsAfterAMinute()
+{
+    ProgramRun run({QStringLiteral("-findsources")});
+    run.setScenario("{\"sources\":[{\"name\":\"STEADY\"},{\"name\":\"FLICKER\",\"churn\":{\"periodMs\":300}}]}");
+    QElapsedTimer clock;
+    clock.start();
+    run.start();
+    QVERIFY2(run.waitForFinished(90000), run.account());
+    QVERIFY2(clock.elapsed() >= 60000 && clock.elapsed() < 70000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(run.standardError().contains("[1] STEADY\n"), run.account());
+    QVERIFY2(run.endedWith(1), run.account());
+}
+
+QTEST_GUILESS_MAIN(TestConsoleTranscripts)
+#include "tst_console_transcripts.moc"

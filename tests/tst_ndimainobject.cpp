@@ -1,0 +1,423 @@
+#include "app/ndimainobject.h"
+#include "app/recordfile.h"
+#include "tests/support/fakendi.h"
+#include "tests/support/testbase.h"
+#include "tests/support/testrecord.h"
+
+#include <QFile>
+#include <QMutex>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cstdint>
+
+namespace {
+
+const FakeFrame errorFrame = FakeFrame::ofType(NDIlib_frame_type_error);
+const FakeFrame hd25 = FakeFrame::ofVideo(1920, 1080, 25, 1);
+
+class CollectingConsole final : public ConsoleWriter {
+public:
+    void writeLine(const QByteArray &line) override
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_text += line + '\n';
+    }
+    void writeDot() override
+    {
+        const QMutexLocker locker(&m_mutex);
+        ++m_dots;
+    }
+    QByteArray text() const
+    {
+        const QMutexLocker locker(&m_mutex);
+        return m_text;
+    }
+    int dots() const
+    {
+        const QMutexLocker locker(&m_mutex);
+        return m_dots;
+    }
+
+private:
+    mutable QMutex m_mutex; // guards the others
+    QByteArray m_text;
+    int m_dots = 0;
+};
+
+QByteArray createdLine()
+{
+    return "Created the recorded file(" + recordPath().toUtf8() + ") for your testing!!!!!\n\n";
+}
+
+} // namespace
+
+class TestNDIMainObject final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+    void usage();
+    void sourcesAreNumbered();
+    void noSourcesAreSaidTwice();
+    void findingWithoutPrinting();
+    void noFinder();
+    void resultCodesInPlaceOfACount_data();
+    void resultCodesInPlaceOfACount();
+    void badParameters_data();
+    void badParameters();
+    void unknownSource_data();
+    void unknownSource();
+    void timerEndsTheTest();
+    void rowsAreWhatWasReceived();
+    void framesWithoutSizeAreIgnored();
+    void receiversThatEndEarlyLeaveTheirRecord();
+    void receiversThatEndWithoutAFrameLeaveNone();
+    void stopIsTakenOnce();
+    void aSecondTestStartsAfresh();
+    void destructionWaitsForTheReceivers();
+
+private:
+    void readRecord(TestRecord *record);
+
+    QTemporaryDir m_home;
+    QStringList m_made;
+};
+
+void TestNDIMainObject::initTestCase()
+{
+    qputenv("HOME", m_home.path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+}
+
+void TestNDIMainObject::cleanupTestCase()
+{
+    for (const QString &path : qAsConst(m_made))
+        QFile::remove(path);
+}
+
+void TestNDIMainObject::readRecord(TestRecord *record)
+{
+    m_made.append(recordPath());
+    *record = TestRecord::read(recordPath());
+}
+
+void TestNDIMainObject::usage()
+{
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QVERIFY(object.printUsage());
+    QCOMPARE(console.text(), QByteArray("Usage :\n"
+                                        "-help\n"
+                                        "\tShow command line usage.\n"
+                                        "-findsources\n"
+                                        "\tFind and list NDI sources.\n"
+                                        "-test NDI_SOURCE_NAME [-time TIME] [-receivers RECEIVER_COUNT]\n"
+                                        "\tStart testing during TIME[min(s)].\n\n"
+                                        "\tDefault TIME value is 1.\n"
+                                        "\tTIME is available as 1, 2, 3, 4, or 5.\n\n"
+                                        "\tReceivers could be defined for multiple receivers.\n"
+                                        "\tRECEIVER_COUNT is number of receivers.\n"
+                                        "\tDefault RECEIVER_COUNT value is 1.\n"
+                                        "\tRECEIVER_COUNT is available as 1, 2, 3, 4, 5, 6, 7 or 8.\n\n"
+                                        "Examples:\n"
+                                        "\tTessalyNDIVexa -findsources\n"
+                                        "\tTessalyNDIVexa -test NDI_Camera -time 2 -receivers 2\n"
+                                        "\tTessalyNDIVexa -test \"DESKTOP-123 (VLC)\" -time 2\n"));
+}
+
+void TestNDIMainObject::sourcesAreNumbered()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{}, {"ONE"}, {"ONE", "%1 %s%n", "DREI (\xc3\xbc)"}});
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QVERIFY(!object.findSources(true));
+    QCOMPARE(console.text(), QByteArray("Checking NDI sources...\n\n"
+                                        "NDI Sources : 3\n"
+                                        "[1] ONE\n"
+                                        "[2] %1 %s%n\n"
+                                        "[3] DREI (\xc3\xbc)\n"));
+    QCOMPARE(ndi.counts().findersDestroyed, 0); // the list must stay readable
+}
+
+void TestNDIMainObject::noSourcesAreSaidTwice()
+{
+    FakeNdi ndi;
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QVERIFY(!object.findSources(true));
+    QCOMPARE(console.text(), QByteArray("Checking NDI sources...\n\n"
+                                        "Can not find NDI sources\n"
+                                        "Can not find NDI sources\n"));
+}
+
+void TestNDIMainObject::findingWithoutPrinting()
+{
+    FakeNdi ndi;
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QVERIFY(!object.findSources(false));
+    QCOMPARE(console.text(), QByteArray("Checking NDI sources...\n\n"));
+}
+
+void TestNDIMainObject::noFinder()
+{
+    FakeNdi ndi;
+    ndi.setFinderFails(true);
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QVERIFY(!object.findSources(true));
+    QCOMPARE(console.text(), QByteArray("Checking NDI sources...\n\nCan not init NDI instance\n"));
+    QCOMPARE(ndi.counts().waits, 0);
+}
+
+void TestNDIMainObject::resultCodesInPlaceOfACount_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::addColumn<QByteArray>("expected");
+    QTest::newRow("no finder") << 10000 << QByteArray("Can not init NDI instance\n");
+    QTest::newRow("no source appeared") << 10001 << QByteArray("Can not find NDI sources\n");
+    QTest::newRow("none") << 0 << QByteArray("Can not find NDI sources\n");
+}
+
+void TestNDIMainObject::resultCodesInPlaceOfACount()
+{
+    QFETCH(int, count);
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    object.printSources(nullptr, count);
+    QTEST(console.text(), "expected");
+}
+
+void TestNDIMainObject::badParameters_data()
+{
+    const QByteArray badTime("Invalidated time parameter.\n");
+    const QByteArray badReceivers("Invalidated receivers parameter.\n");
+    QTest::addColumn<int>("minutes");
+    QTest::addColumn<int>("receivers");
+    QTest::addColumn<QByteArray>("expected");
+    QTest::newRow("time 0") << 0 << 1 << badTime;
+    QTest::newRow("time 6") << 6 << 1 << badTime;
+    QTest::newRow("time -1") << -1 << 1 << badTime;
+    QTest::newRow("receivers 0") << 1 << 0 << badReceivers;
+    QTest::newRow("receivers 9") << 5 << 9 << badReceivers;
+    QTest::newRow("both: the time is told") << 0 << 0 << badTime;
+}
+
+void TestNDIMainObject::badParameters()
+{
+    QFETCH(int, minutes);
+    QFETCH(int, receivers);
+    FakeNdi ndi;
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QVERIFY(!object.startTest(QStringLiteral("CAM"), minutes, receivers));
+    QTEST(console.text(), "expected");
+    QCOMPARE(ndi.counts().findersCreated, 0);
+}
+
+void TestNDIMainObject::unknownSource_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("another name") << QStringLiteral("CAM 2");
+    QTest::newRow("other letter case") << QStringLiteral("cam 1");
+    QTest::newRow("a part of the name") << QStringLiteral("CAM");
+    QTest::newRow("more than the name") << QStringLiteral("CAM 1 ");
+    QTest::newRow("no name") << QString();
+    QTest::newRow("a placeholder") << QStringLiteral("%1 %2");
+}
+
+void TestNDIMainObject::unknownSource()
+{
+    QFETCH(QString, name);
+    FakeNdi ndi;
+    ndi.setSourceLists({{"CAM 1"}});
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QVERIFY(!object.startTest(name, 1, 1));
+    QCOMPARE(console.text(), "Checking NDI sources...\n\nNot found NDI source [" + name.toLatin1() + "]\n");
+    QCOMPARE(ndi.counts().created, 0);
+}
+
+void TestNDIMainObject::timerEndsTheTest()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"OTHER", "CAM 1"}});
+    ndi.setScript({hd25, hd25, hd25});
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    object.setMinuteMs(150);
+    QSignalSpy ends(&object, &NDIMainObject::quitApplication);
+    QVERIFY(object.startTest(QStringLiteral("CAM 1"), 2, 4));
+    const QByteArray opening("Checking NDI sources...\n\n"
+                             "NDI Source : CAM 1\n"
+                             "Time : 2 min(s)\n"
+                             "Number of Receiver : 4\n\n"
+                             "Start Testing...\n");
+    QCOMPARE(console.text(), opening);
+    QVERIFY(ends.wait());
+    TestRecord record;
+    readRecord(&record);
+    QCOMPARE(console.text(), opening + "\nCompleted to test!!!\n\n" + createdLine());
+    QCOMPARE(record.problem, QString());
+    QCOMPARE(record.header, recordHeader().toUtf8());
+    QCOMPARE(record.rows.size(), 12);
+    QCOMPARE(console.dots(), 12);
+    QCOMPARE(ndi.lastSourceName(), QByteArray("CAM 1"));
+    QCOMPARE(ends.count(), 1);
+}
+
+void TestNDIMainObject::rowsAreWhatWasReceived()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"B\xc3\x9cHNE (1)"}});
+    ndi.setScript({hd25, FakeFrame::ofVideo(1280, 720, 60000, 1001), errorFrame});
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QSignalSpy ends(&object, &NDIMainObject::quitApplication);
+    QVERIFY(object.startTest(QString::fromLatin1("B\xc3\x9cHNE (1)"), 1, 1));
+    QTRY_COMPARE(ends.count(), 1);
+    TestRecord record;
+    readRecord(&record);
+    QCOMPARE(record.rows.size(), 2);
+    QCOMPARE(record.rows.at(0).sourceName, QByteArray("B\xc3\x9cHNE (1)"));
+    QCOMPARE(record.rows.at(0).width, 1920);
+    QCOMPARE(record.rows.at(0).height, 1080);
+    QCOMPARE(record.rows.at(0).defaultFps, 25.0);
+    QCOMPARE(record.rows.at(0).receiver, 1);
+    QCOMPARE(record.rows.at(0).intervalMs, 0);
+    QCOMPARE(record.rows.at(1).width, 1280);
+    QCOMPARE(record.rows.at(1).height, 720);
+    QCOMPARE(record.rows.at(1).defaultFps, 59.0);
+}
+
+void TestNDIMainObject::framesWithoutSizeAreIgnored()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"CAM"}});
+    const FakeFrame noWidth = FakeFrame::ofVideo(0, 1080, 25, 1);
+    ndi.setScript({FakeFrame::ofVideo(0, 0, 25, 1), hd25, FakeFrame::ofVideo(0, 0, 25, 1), noWidth, errorFrame});
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QSignalSpy ends(&object, &NDIMainObject::quitApplication);
+    QVERIFY(object.startTest(QStringLiteral("CAM"), 1, 1));
+    QTRY_COMPARE(ends.count(), 1);
+    TestRecord record;
+    readRecord(&record);
+    QCOMPARE(record.rows.size(), 2); // only both together are no size
+    QCOMPARE(record.rows.at(1).width, 0);
+    QCOMPARE(console.dots(), 2);
+}
+
+void TestNDIMainObject::receiversThatEndEarlyLeaveTheirRecord()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"A", "B", "CAM"}});
+    ndi.setScript({hd25, hd25, errorFrame});
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QSignalSpy ends(&object, &NDIMainObject::quitApplication);
+    QVERIFY(object.startTest(QStringLiteral("CAM"), 5, 8));
+    QTRY_COMPARE(ends.count(), 1);
+    TestRecord record;
+    readRecord(&record);
+    QCOMPARE(record.rows.size(), 16);
+    QVERIFY2(console.text().endsWith("Start Testing...\n"
+                                     "Receiver [2] has been closed.\n"
+                                     "All Receivers have been closed.\n"
+                                     + createdLine()),
+             console.text());
+}
+
+void TestNDIMainObject::receiversThatEndWithoutAFrameLeaveNone()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"CAM"}});
+    ndi.setScript({errorFrame});
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QSignalSpy ends(&object, &NDIMainObject::quitApplication);
+    QVERIFY(object.startTest(QStringLiteral("CAM"), 1, 2));
+    QTRY_COMPARE(ends.count(), 1);
+    QVERIFY2(console.text().endsWith("Start Testing...\n"
+                                     "Receiver [0] has been closed.\n"
+                                     "All Receivers have been closed.\n"),
+             console.text());
+}
+
+void TestNDIMainObject::stopIsTakenOnce()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"CAM"}});
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QSignalSpy ends(&object, &NDIMainObject::quitApplication);
+    QVERIFY(object.startTest(QStringLiteral("CAM"), 1, 1));
+    // As when the user presses Ctrl-C in the moment in which the time is up.
+    QMetaObject::invokeMethod(
+        &object,
+        [&object] {
+            object.stopTest();
+            object.stopTest();
+        },
+        Qt::BlockingQueuedConnection);
+    m_made.append(recordPath());
+    QCOMPARE(console.text().count("Completed to test!!!"), 1);
+    QCOMPARE(console.text().count("Created the recorded file("), 1);
+    QCOMPARE(ends.count(), 1);
+    QFile record(recordPath());
+    QVERIFY(record.open(QIODevice::ReadOnly));
+    QCOMPARE(record.readAll(), recordHeader().toUtf8() + "\n\n"); // a test without a frame leaves a record too
+}
+
+void TestNDIMainObject::aSecondTestStartsAfresh()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"CAM"}, {"CAM"}});
+    ndi.setScript({hd25, errorFrame});
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QSignalSpy ends(&object, &NDIMainObject::quitApplication);
+    for (int test = 1; test <= 2; ++test) {
+        QVERIFY(object.startTest(QStringLiteral("CAM"), 1, 1));
+        QTRY_COMPARE(ends.count(), test);
+        TestRecord record;
+        readRecord(&record);
+        QCOMPARE(record.rows.size(), 1);
+    }
+}
+
+void TestNDIMainObject::destructionWaitsForTheReceivers()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"CAM"}});
+    {
+        CollectingConsole console;
+        NDIMainObject object;
+        object.setConsole(&console);
+        QVERIFY(object.startTest(QStringLiteral("CAM"), 1, 8));
+    }
+    QCOMPARE(ndi.counts().created, 8);
+    QCOMPARE(ndi.counts().destroyed, 8);
+}
+
+QTEST_GUILESS_MAIN(TestNDIMainObject)
+#include "tst_ndimainobject.moc"

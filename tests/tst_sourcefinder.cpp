@@ -1,0 +1,150 @@
+#include "ndi/sourcefinder.h"
+#include "tests/support/fakendi.h"
+#include "tests/support/testbase.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QSignalSpy>
+#include <QThread>
+#include <QTimer>
+#include <QtTest>
+
+class TestSourceFinder final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void endComesBeforeTheList();
+    void nothingWithinTheWait();
+    void aChangeToAnEmptyListIsZeroSources();
+    void listsStayReadableUntilTheNextButOne();
+    void oneFinderForEverySearch();
+    void noFinderIsTold();
+    void listCrossesToTheWindowsThread();
+};
+
+void TestSourceFinder::endComesBeforeTheList()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"A (1)", "B (2)"}});
+    SourceFinder finder;
+    QStringList order;
+    connect(&finder, &SourceFinder::finished, this, [&] { order.append(QStringLiteral("finished")); });
+    connect(&finder, &SourceFinder::didFindNIDSources, this, [&](const NDIlib_source_t *sources, int no) {
+        order.append(QString::number(no));
+        for (int i = 0; i < no; ++i)
+            order.append(QString::fromUtf8(sources[i].p_ndi_name));
+    });
+    finder.start();
+    QCOMPARE(order, (QStringList{QStringLiteral("finished"), QStringLiteral("2"), QStringLiteral("A (1)"),
+                                 QStringLiteral("B (2)")}));
+}
+
+void TestSourceFinder::nothingWithinTheWait()
+{
+    FakeNdi ndi;
+    SourceFinder finder;
+    QStringList order;
+    connect(&finder, &SourceFinder::finished, this, [&] { order.append(QStringLiteral("finished")); });
+    connect(&finder, &SourceFinder::didFindNIDSources, this, [&](const NDIlib_source_t *sources, int no) {
+        QVERIFY(!sources);
+        order.append(QString::number(no));
+    });
+    finder.start();
+    QCOMPARE(order, (QStringList{QStringLiteral("finished"), QStringLiteral("10001")}));
+}
+
+void TestSourceFinder::aChangeToAnEmptyListIsZeroSources()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{}});
+    SourceFinder finder;
+    QSignalSpy lists(&finder, &SourceFinder::didFindNIDSources);
+    finder.start();
+    QCOMPARE(lists.count(), 1);
+    QCOMPARE(lists.first().at(1).toInt(), 0);
+}
+
+void TestSourceFinder::listsStayReadableUntilTheNextButOne()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"FIRST"}, {"SECOND"}});
+    SourceFinder finder;
+    QVector<const NDIlib_source_t *> lists;
+    connect(&finder, &SourceFinder::didFindNIDSources, this,
+            [&](const NDIlib_source_t *sources, int) { lists.append(sources); });
+    finder.start();
+    finder.start();
+    QCOMPARE(lists.size(), 2);
+    QCOMPARE(QByteArray(lists.at(0)->p_ndi_name), QByteArray("FIRST"));
+    QCOMPARE(QByteArray(lists.at(1)->p_ndi_name), QByteArray("SECOND"));
+}
+
+void TestSourceFinder::oneFinderForEverySearch()
+{
+    FakeNdi ndi;
+    {
+        SourceFinder finder;
+        finder.start();
+        finder.start();
+        QCOMPARE(ndi.counts().findersCreated, 1);
+        QCOMPARE(ndi.counts().waits, 2);
+        QCOMPARE(ndi.counts().findersDestroyed, 0);
+    }
+    QCOMPARE(ndi.counts().findersDestroyed, 1);
+}
+
+void TestSourceFinder::noFinderIsTold()
+{
+    FakeNdi ndi;
+    ndi.setFinderFails(true);
+    expectWarning(QStringLiteral("propagateSizeHints")); // of the offscreen platform
+    QString title;
+    QString text;
+    QMessageBox::StandardButtons buttons;
+    QTimer::singleShot(0, this, [&] {
+        auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        QVERIFY(box);
+        title = box->windowTitle();
+        text = box->text();
+        buttons = box->standardButtons();
+        box->accept();
+    });
+    {
+        SourceFinder finder;
+        QCOMPARE(title, QStringLiteral("Error"));
+        QCOMPARE(text, QStringLiteral("Can not create NDI finder"));
+        QCOMPARE(buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+
+        QSignalSpy ends(&finder, &SourceFinder::finished);
+        QSignalSpy lists(&finder, &SourceFinder::didFindNIDSources);
+        finder.start();
+        QCOMPARE(ends.count(), 1);
+        QCOMPARE(lists.count(), 1);
+        QCOMPARE(lists.first().at(1).toInt(), 10000);
+    }
+    QCOMPARE(ndi.counts().waits, 0);
+    QCOMPARE(ndi.counts().findersDestroyed, 0);
+    QCOMPARE(ndi.counts().misuses, 0);
+}
+
+void TestSourceFinder::listCrossesToTheWindowsThread()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"A", "B", "C"}});
+    QThread thread;
+    SourceFinder finder;
+    int arrived = -1;
+    connect(&thread, &QThread::started, &finder, &SourceFinder::start);
+    connect(&finder, &SourceFinder::finished, &thread, &QThread::quit);
+    connect(&finder, &SourceFinder::didFindNIDSources, this, [&](const NDIlib_source_t *sources, int no) {
+        QCOMPARE(QByteArray(sources[2].p_ndi_name), QByteArray("C"));
+        arrived = no;
+    });
+    finder.moveToThread(&thread);
+    thread.start();
+    QTRY_COMPARE(arrived, 3);
+    QTRY_VERIFY(thread.isFinished());
+}
+
+QTEST_MAIN(TestSourceFinder)
+#include "tst_sourcefinder.moc"
