@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 
 namespace {
 
@@ -53,7 +54,7 @@ QStringList runtimeCandidates(const QStringList &folders, const QStringList &nam
         if (folder.isEmpty())
             continue;
         for (const QString &name : names)
-            candidates.append(QDir::cleanPath(QDir(folder).absoluteFilePath(name)));
+            candidates.append(QDir::cleanPath(QFileInfo(QDir(folder), name).absoluteFilePath()));
     }
     candidates.append(names);
     candidates.removeDuplicates();

@@ -16,6 +16,12 @@ namespace {
 const QStringList eightReceivers{QStringLiteral("-test"), QStringLiteral("LOOPBACK (720p50)"),
                                  QStringLiteral("-receivers"), QStringLiteral("8")};
 
+#if defined(Q_OS_WIN) // what reaches one run of many
+constexpr Interrupt targeted = Interrupt::Break;
+#else
+constexpr Interrupt targeted = Interrupt::Interrupt;
+#endif
+
 } // namespace
 
 /// The ways out of the real program.
@@ -170,7 +176,7 @@ void TestConsoleEndings::twoHundredStartsAndEnds()
         if (oldest.number % 2 != 0) {
             QVERIFY2(run.waitForError("Start Testing..."), run.account());
             QVERIFY2(run.waitForDots((oldest.number / 2) % spread * 8), run.account());
-            run.interrupt(Interrupt::Interrupt);
+            run.interrupt(targeted);
         }
         QVERIFY2(run.waitForFinished(90000), run.account());
         QVERIFY2(run.endedWith(1), run.account());

@@ -5,12 +5,11 @@
 #include "tests/support/testrecord.h"
 
 #include <QFile>
-#include <QMutex>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <cstdint>
+#include <mutex>
 
 namespace {
 
@@ -21,27 +20,27 @@ class CollectingConsole final : public ConsoleWriter {
 public:
     void writeLine(const QByteArray &line) override
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard<std::mutex> locker(m_mutex);
         m_text += line + '\n';
     }
     void writeDot() override
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard<std::mutex> locker(m_mutex);
         ++m_dots;
     }
     QByteArray text() const
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard<std::mutex> locker(m_mutex);
         return m_text;
     }
     int dots() const
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard<std::mutex> locker(m_mutex);
         return m_dots;
     }
 
 private:
-    mutable QMutex m_mutex; // guards the others
+    mutable std::mutex m_mutex; // guards the others
     QByteArray m_text;
     int m_dots = 0;
 };

@@ -1,11 +1,10 @@
 #include "tests/support/fakendi.h"
 
-#include <QMutex>
 #include <QThread>
-#include <QWaitCondition>
 
 #include <map>
 #include <memory>
+#include <mutex>
 
 namespace {
 
@@ -17,7 +16,7 @@ struct Receiver {
 };
 
 struct State {
-    QMutex mutex; // guards everything below
+    std::mutex mutex; // guards everything below
     std::vector<FakeFrame> script;
     bool finderFails = false;
     bool receiverFails = false;
@@ -52,7 +51,7 @@ void destroy() {}
 
 NDIlib_find_instance_t findCreate(const NDIlib_find_create_t *)
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     if (state->finderFails)
         return nullptr;
     ++state->counts.findersCreated;
@@ -71,7 +70,7 @@ void spoilLastList()
 
 bool findWaitForSources(NDIlib_find_instance_t finder, std::uint32_t)
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     ++state->counts.waits;
     spoilLastList();
     if (!finder)
@@ -81,7 +80,7 @@ bool findWaitForSources(NDIlib_find_instance_t finder, std::uint32_t)
 
 const NDIlib_source_t *findGetCurrentSources(NDIlib_find_instance_t finder, std::uint32_t *count)
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     if (!finder)
         ++state->counts.misuses;
     spoilLastList();
@@ -102,13 +101,13 @@ const NDIlib_source_t *findGetCurrentSources(NDIlib_find_instance_t finder, std:
 
 void findDestroy(NDIlib_find_instance_t)
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     ++state->counts.findersDestroyed;
 }
 
 NDIlib_recv_instance_t recvCreate(const NDIlib_recv_create_v3_t *settings)
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     ++state->counts.created;
     state->lastSettings = *settings;
     state->lastSourceName = settings->source_to_connect_to.p_ndi_name;
@@ -125,7 +124,7 @@ NDIlib_recv_instance_t recvCreate(const NDIlib_recv_create_v3_t *settings)
 NDIlib_frame_type_e recvCapture(NDIlib_recv_instance_t handle, NDIlib_video_frame_v2_t *video,
                                 NDIlib_audio_frame_v2_t *audio, NDIlib_metadata_frame_t *metadata, std::uint32_t)
 {
-    QMutexLocker locker(&state->mutex);
+    std::unique_lock<std::mutex> locker(state->mutex);
     ++state->counts.captures;
     const auto found = state->receivers.find(handle);
     if (found == state->receivers.end() || metadata || !isReset(*video) || audio->no_samples != 0) {
@@ -156,7 +155,7 @@ NDIlib_frame_type_e recvCapture(NDIlib_recv_instance_t handle, NDIlib_video_fram
 
 void recvFreeVideo(NDIlib_recv_instance_t handle, const NDIlib_video_frame_v2_t *)
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     ++state->counts.videoFreed;
     const auto found = state->receivers.find(handle);
     if (found == state->receivers.end() || --found->second.outstandingVideo < 0)
@@ -165,7 +164,7 @@ void recvFreeVideo(NDIlib_recv_instance_t handle, const NDIlib_video_frame_v2_t 
 
 void recvFreeAudio(NDIlib_recv_instance_t handle, const NDIlib_audio_frame_v2_t *)
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     ++state->counts.audioFreed;
     const auto found = state->receivers.find(handle);
     if (found == state->receivers.end() || --found->second.outstandingAudio < 0)
@@ -174,7 +173,7 @@ void recvFreeAudio(NDIlib_recv_instance_t handle, const NDIlib_audio_frame_v2_t 
 
 void recvDestroy(NDIlib_recv_instance_t handle)
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     ++state->counts.destroyed;
     const auto found = state->receivers.find(handle);
     if (found == state->receivers.end() || found->second.outstandingVideo != 0 || found->second.outstandingAudio != 0) {
@@ -260,24 +259,24 @@ void FakeNdi::setOnCapture(std::function<void(int)> onCapture)
 
 FakeNdi::Counts FakeNdi::counts() const
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     return state->counts;
 }
 
 NDIlib_recv_create_v3_t FakeNdi::lastSettings() const
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     return state->lastSettings;
 }
 
 QByteArray FakeNdi::lastSourceName() const
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     return state->lastSourceName;
 }
 
 QByteArray FakeNdi::lastReceiverName() const
 {
-    const QMutexLocker locker(&state->mutex);
+    const std::lock_guard<std::mutex> locker(state->mutex);
     return state->lastReceiverName;
 }

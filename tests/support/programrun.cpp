@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 
 ProgramRun::ProgramRun(const QStringList &arguments)
     : m_environment(QProcessEnvironment::systemEnvironment()), m_program(programPath()), m_arguments(arguments)
@@ -152,10 +153,10 @@ QByteArray ProgramRun::account()
 
 QString ProgramRun::programPath()
 {
-    return QStringLiteral(VEXA_PROGRAM);
+    return QFileInfo(QStringLiteral(VEXA_PROGRAM)).absoluteFilePath();
 }
 
 QString ProgramRun::loopbackFolder()
 {
-    return QStringLiteral(VEXA_LOOPBACK_DIR);
+    return QFileInfo(QStringLiteral(VEXA_LOOPBACK_DIR)).absoluteFilePath();
 }

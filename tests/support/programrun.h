@@ -10,7 +10,8 @@
 /// it says. The process does not outlive the object.
 class ProgramRun final {
 public:
-    /// Ways to ask a program to end. On Windows there are Interrupt and Break.
+    /// Ways to ask a program to end. On Windows there are Interrupt, which reaches all runs of this
+    /// test, and Break; elsewhere all but Break.
     enum class Interrupt { Interrupt, Terminate, HangUp, Break };
 
     explicit ProgramRun(const QStringList &arguments);

@@ -1,11 +1,12 @@
 #include "tests/support/testbase.h"
 
-#include <QMutex>
 #include <QtTest>
+
+#include <mutex>
 
 namespace {
 
-QMutex mutex; // guards the next two
+std::mutex mutex; // guards the next two
 QStringList expected;
 QStringList unexpected;
 QtMessageHandler testHandler = nullptr; // Qt Test's own, set before any thread runs
@@ -13,7 +14,7 @@ QtMessageHandler testHandler = nullptr; // Qt Test's own, set before any thread 
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     if (type == QtWarningMsg || type == QtCriticalMsg) {
-        const QMutexLocker locker(&mutex);
+        const std::lock_guard<std::mutex> locker(mutex);
         const auto isPartOf = [&message](const QString &part) { return message.contains(part); };
         if (std::none_of(expected.cbegin(), expected.cend(), isPartOf))
             unexpected.append(message);
@@ -25,7 +26,7 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
 
 void TestBase::expectWarning(const QString &part)
 {
-    const QMutexLocker locker(&mutex);
+    const std::lock_guard<std::mutex> locker(mutex);
     expected.append(part);
 }
 
@@ -34,13 +35,13 @@ void TestBase::init()
     const QtMessageHandler before = qInstallMessageHandler(handleMessage);
     if (before != handleMessage)
         testHandler = before;
-    const QMutexLocker locker(&mutex);
+    const std::lock_guard<std::mutex> locker(mutex);
     expected.clear();
     unexpected.clear();
 }
 
 void TestBase::cleanup()
 {
-    const QMutexLocker locker(&mutex);
+    const std::lock_guard<std::mutex> locker(mutex);
     QVERIFY2(unexpected.isEmpty(), qPrintable(QLatin1String("unexpected: ") + unexpected.join(QLatin1String("; "))));
 }
