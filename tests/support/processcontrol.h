@@ -4,6 +4,9 @@
 
 class QProcess;
 
+/// Whether interruptProcess() works on this system.
+bool canInterruptProcesses();
+
 /// Sets a process that is not started yet up so that interruptProcess() reaches it and nobody else.
 void prepareForInterrupts(QProcess *process);
 

@@ -2,6 +2,11 @@
 
 #include <csignal>
 
+bool canInterruptProcesses()
+{
+    return true;
+}
+
 void prepareForInterrupts(QProcess *) {}
 
 void interruptProcess(qint64 processId, ProgramRun::Interrupt kind)

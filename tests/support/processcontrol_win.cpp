@@ -4,6 +4,13 @@
 
 #include <windows.h>
 
+bool canInterruptProcesses()
+{
+    // Wine hands no control event from one program to another.
+    static const bool isWine = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+    return !isWine;
+}
+
 void prepareForInterrupts(QProcess *process)
 {
     // Control events travel through a console that both are attached to; a test may have none.
