@@ -38,6 +38,7 @@ int main(int argc, char *argv[])
 
     std::vector<std::string> bytes = commandLine(argc, argv);
     std::vector<char *> pointers;
+    pointers.reserve(bytes.size() + 1);
     for (std::string &argument : bytes)
         pointers.push_back(&argument[0]);
     int count = int(pointers.size());
