@@ -10,6 +10,9 @@
 /// Linux opens closed descriptors on /dev/null and takes broken pipes and file size limits as errors.
 void attachConsole();
 
+/// Puts the console back as attachConsole() found it. endProcess() does so too.
+void releaseConsole();
+
 /// The command line as UTF-8 bytes on Windows, as given on Linux; the program's name first.
 std::vector<std::string> commandLine(int argc, char *argv[]);
 

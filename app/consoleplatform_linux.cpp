@@ -20,6 +20,8 @@ void attachConsole()
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+void releaseConsole() {}
+
 std::vector<std::string> commandLine(int argc, char *argv[])
 {
     return {argv, argv + argc};

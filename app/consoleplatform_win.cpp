@@ -63,6 +63,12 @@ void attachConsole()
     std::setvbuf(stderr, nullptr, _IOFBF, 1 << 12); // each line is flushed as a whole
 }
 
+void releaseConsole()
+{
+    if (formerCodePage)
+        SetConsoleOutputCP(formerCodePage);
+}
+
 std::vector<std::string> commandLine(int argc, char *argv[])
 {
     int count = 0;
@@ -79,8 +85,7 @@ void endProcess(int status)
 {
     std::fflush(stdout);
     std::fflush(stderr);
-    if (formerCodePage)
-        SetConsoleOutputCP(formerCodePage);
+    releaseConsole();
     TerminateProcess(GetCurrentProcess(), UINT(status));
     for (;;)
         Sleep(INFINITE);

@@ -24,6 +24,8 @@ void installCrashHandler()
 int runWindow()
 {
     std::fputs("This build has no window yet. Start it with -help to see what it can do on the console.\n", stderr);
+    std::fflush(stderr);
+    releaseConsole();
     return 0;
 }
 

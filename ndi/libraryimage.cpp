@@ -1,5 +1,7 @@
 #include "ndi/libraryimage.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QtEndian>
 
 namespace {
@@ -50,9 +52,14 @@ LibraryImage inspectPeImage(const QByteArray &start)
     return machine == machineAmd64 ? LibraryImage::Usable : LibraryImage::WrongArchitecture;
 }
 
-QString libraryImageProblem(LibraryImage image)
+QString libraryFileProblem(const QString &path, LibraryImage (*inspect)(const QByteArray &start))
 {
-    switch (image) {
+    if (!QFileInfo::exists(path))
+        return QStringLiteral("missing");
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringLiteral("not readable");
+    switch (inspect(file.read(4096))) {
     case LibraryImage::WrongArchitecture:
         return QStringLiteral("wrong architecture");
     case LibraryImage::NotALibrary:

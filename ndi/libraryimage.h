@@ -14,5 +14,6 @@ enum class LibraryImage {
 LibraryImage inspectElfImage(const QByteArray &start);
 LibraryImage inspectPeImage(const QByteArray &start);
 
-/// "wrong architecture", "not a library" or, for a usable image, empty.
-QString libraryImageProblem(LibraryImage image);
+/// Why the file at path will not load: "missing", "not readable", "wrong architecture" or "not a
+/// library"; empty when it looks usable. inspect: what tells this platform's images.
+QString libraryFileProblem(const QString &path, LibraryImage (*inspect)(const QByteArray &start));

@@ -2,7 +2,6 @@
 
 #include "ndi/libraryimage.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -17,20 +16,9 @@ SharedLibraryHandle openSharedLibrary(const QString &path, QString *reason)
 {
     const bool bareName = !path.contains(QLatin1Char('/'));
     if (!bareName) {
-        QFile file(path);
-        if (!QFileInfo::exists(path)) {
-            *reason = QStringLiteral("missing");
+        *reason = libraryFileProblem(path, inspectElfImage);
+        if (!reason->isEmpty())
             return nullptr;
-        }
-        if (!file.open(QIODevice::ReadOnly)) {
-            *reason = QStringLiteral("not readable");
-            return nullptr;
-        }
-        const LibraryImage image = inspectElfImage(file.read(4096));
-        if (image != LibraryImage::Usable) {
-            *reason = libraryImageProblem(image);
-            return nullptr;
-        }
     }
     SharedLibraryHandle library(dlopen(QFile::encodeName(path).constData(), RTLD_NOW | RTLD_LOCAL));
     if (library)

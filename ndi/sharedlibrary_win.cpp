@@ -3,7 +3,6 @@
 #include "ndi/libraryimage.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <windows.h>
@@ -19,20 +18,9 @@ SharedLibraryHandle openSharedLibrary(const QString &path, QString *reason)
 {
     const bool bareName = !path.contains(QLatin1Char('/')) && !path.contains(QLatin1Char('\\'));
     if (!bareName) {
-        QFile file(path);
-        if (!QFileInfo::exists(path)) {
-            *reason = QStringLiteral("missing");
+        *reason = libraryFileProblem(path, inspectPeImage);
+        if (!reason->isEmpty())
             return nullptr;
-        }
-        if (!file.open(QIODevice::ReadOnly)) {
-            *reason = QStringLiteral("not readable");
-            return nullptr;
-        }
-        const LibraryImage image = inspectPeImage(file.read(4096));
-        if (image != LibraryImage::Usable) {
-            *reason = libraryImageProblem(image);
-            return nullptr;
-        }
     }
     // With a full path the runtime's own folder is searched for what it needs in turn.
     const QString nativePath = QDir::toNativeSeparators(path);
