@@ -33,7 +33,7 @@ struct Window {
 };
 
 /// Plays a SourceSpec: hands out what happens, in order of time, for ever or until the source ends.
-/// Pure, not thread-safe. The spec must outlive it.
+/// Pure, not thread-safe. The source description must outlive it.
 class Timeline final {
 public:
     explicit Timeline(const SourceSpec &spec);
