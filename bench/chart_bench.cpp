@@ -1,0 +1,257 @@
+// Measures what the charts cost, beside the chart libraries that were there at build time, all painted into
+// the same image of 900 x 300 pixels. Prints each figure, then one table with the ratios to ours.
+#include "bench/chartpeers.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QPainter>
+#include <QStringList>
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr QSize chartSize(900, 300);
+constexpr int pointsOfATest = 18000; // five minutes at 60 frames a second
+constexpr int leftToAppend = 600;
+
+class PaintedChart {
+public:
+    PaintedChart(const ChartPeerFactory &factory, int points)
+        : m_data(points), m_peer(factory.make()), m_target(chartSize, QImage::Format_RGB32)
+    {
+        m_peer->widget()->resize(chartSize);
+        m_next = points - leftToAppend;
+        for (int index = 0; index < m_next; ++index)
+            appendAt(index);
+        paint();
+    }
+
+    /// One sample for each series. Starts again when the five minutes are over.
+    void appendNext()
+    {
+        if (m_next < m_data.pointsPerSeries)
+            appendAt(m_next++);
+    }
+    void paint()
+    {
+        m_peer->refresh();
+        QPainter painter(&m_target);
+        m_peer->widget()->render(&painter);
+    }
+    ChartPeer &peer() { return *m_peer; }
+    bool isFull() const { return m_next >= m_data.pointsPerSeries; }
+
+private:
+    void appendAt(int index)
+    {
+        for (int series = 0; series < ChartData::series; ++series)
+            m_peer->append(series, m_data.timeMs(index), m_data.value(series, index));
+    }
+
+    ChartData m_data;
+    std::unique_ptr<ChartPeer> m_peer;
+    QImage m_target;
+    int m_next = 0;
+};
+
+double medianMs(std::vector<double> seconds)
+{
+    if (seconds.empty())
+        return 0.0;
+    const auto middle = seconds.begin() + static_cast<std::ptrdiff_t>(seconds.size() / 2);
+    std::nth_element(seconds.begin(), middle, seconds.end());
+    return *middle * 1000.0;
+}
+
+/// Times each call of action by itself; the report's time is their median.
+template <typename Prepare, typename Action>
+void measure(benchmark::State &state, Prepare prepare, Action action)
+{
+    std::vector<double> seconds;
+    for (auto _ : state) {
+        prepare();
+        const auto start = Clock::now();
+        action();
+        seconds.push_back(std::chrono::duration<double>(Clock::now() - start).count());
+        state.SetIterationTime(seconds.back());
+    }
+    state.counters["median_ms"] = medianMs(seconds);
+}
+
+void newSamples(benchmark::State &state, const ChartPeerFactory &factory, int points)
+{
+    PaintedChart chart(factory, points);
+    measure(
+        state, [&] { chart.appendNext(); }, [&] { chart.paint(); });
+    if (chart.isFull())
+        state.SkipWithError("ran out of samples");
+}
+
+void fullRedraw(benchmark::State &state, const ChartPeerFactory &factory)
+{
+    PaintedChart chart(factory, pointsOfATest);
+    bool wide = true;
+    measure(
+        state,
+        [&] {
+            wide = !wide;
+            chart.peer().widget()->resize(chartSize.width() - (wide ? 0 : 1), chartSize.height());
+        },
+        [&] { chart.paint(); });
+}
+
+void hoverMove(benchmark::State &state, const ChartPeerFactory &factory)
+{
+    PaintedChart chart(factory, pointsOfATest);
+    int x = 100;
+    measure(
+        state, [] {},
+        [&] {
+            x = x > 800 ? 100 : x + 7;
+            chart.peer().hover(x);
+            chart.paint();
+        });
+}
+
+void appendOnly(benchmark::State &state, const ChartPeerFactory &factory)
+{
+    const ChartData data(pointsOfATest);
+    qint64 appended = 0;
+    double bytesPerPoint = 0.0;
+    for (auto _ : state) {
+        std::unique_ptr<ChartPeer> peer = factory.make();
+        peer->widget()->show(); // only a shown chart asks for repaints
+        const std::size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
+        const auto start = Clock::now();
+        for (int index = 0; index < data.pointsPerSeries; ++index) {
+            for (int series = 0; series < ChartData::series; ++series)
+                peer->append(series, index * 16, 60.0);
+        }
+        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+        const int points = data.pointsPerSeries * ChartData::series;
+        appended += points;
+        bytesPerPoint = static_cast<double>(mallinfo2().uordblks + mallinfo2().hblkhd - before) / points;
+    }
+    state.counters["ns_per_append"] = benchmark::Counter(static_cast<double>(appended) * 1e-9,
+                                                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["bytes_per_point"] = bytesPerPoint;
+}
+
+/// Prints as the console does and keeps the medians for the table at the end.
+class TableReporter final : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run> &runs) override
+    {
+        for (const Run &run : runs) {
+            const auto median = run.counters.find("median_ms");
+            const auto perAppend = run.counters.find("ns_per_append");
+            const auto bytes = run.counters.find("bytes_per_point");
+            const std::string name = run.run_name.function_name;
+            const std::size_t cut = name.find('/');
+            const std::string what = name.substr(0, cut);
+            const std::string who = name.substr(cut + 1);
+            if (median != run.counters.end())
+                keep(who, what + " [ms]", median->second);
+            if (perAppend != run.counters.end())
+                keep(who, what + " [ns]", perAppend->second);
+            if (bytes != run.counters.end())
+                keep(who, "memory a point [bytes]", bytes->second);
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    void Finalize() override
+    {
+        std::printf("\n| chart |");
+        for (const std::string &column : m_columns)
+            std::printf(" %s |", column.c_str());
+        std::printf("\n|---|");
+        for (std::size_t i = 0; i < m_columns.size(); ++i)
+            std::printf("---:|");
+        const std::string &ours = m_rows.empty() ? std::string() : m_rows.front();
+        for (const std::string &row : m_rows) {
+            std::printf("\n| %s |", row.c_str());
+            for (const std::string &column : m_columns) {
+                const auto cell = m_cells.find({row, column});
+                const auto base = m_cells.find({ours, column});
+                if (cell == m_cells.end())
+                    std::printf(" |");
+                else if (row == ours || base == m_cells.end())
+                    std::printf(" %.3g |", cell->second);
+                else
+                    std::printf(" %.3g (x %.2g) |", cell->second, cell->second / base->second);
+            }
+        }
+        std::printf("\n");
+        ConsoleReporter::Finalize();
+    }
+
+private:
+    void keep(const std::string &row, const std::string &column, double value)
+    {
+        if (std::find(m_rows.begin(), m_rows.end(), row) == m_rows.end())
+            m_rows.push_back(row);
+        if (std::find(m_columns.begin(), m_columns.end(), column) == m_columns.end())
+            m_columns.push_back(column);
+        m_cells[{row, column}] = value;
+    }
+
+    std::vector<std::string> m_rows;
+    std::vector<std::string> m_columns;
+    std::map<std::pair<std::string, std::string>, double> m_cells;
+};
+
+benchmark::internal::Benchmark *add(const char *what, const ChartPeerFactory &factory,
+                                    const std::function<void(benchmark::State &)> &function, int iterations)
+{
+    const std::string name = std::string(what) + "/" + factory.name.toStdString();
+    return benchmark::RegisterBenchmark(name.c_str(), function)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond)
+        ->Iterations(iterations);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The legend's style sheet does not parse; that says so once for each button.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+
+    for (const ChartPeerFactory &factory : chartPeers()) {
+        const bool ours = factory.name.startsWith(QStringLiteral("ours"));
+        const int slowPaints = ours ? 300 : 12; // a filled peer takes up to seconds for one paint
+        add(
+            "paint after new samples", factory,
+            [factory](benchmark::State &s) { newSamples(s, factory, pointsOfATest); }, slowPaints);
+        add(
+            "the same, ten times the points", factory,
+            [factory](benchmark::State &s) { newSamples(s, factory, 10 * pointsOfATest); }, ours ? 300 : 3);
+        add(
+            "full redraw", factory, [factory](benchmark::State &s) { fullRedraw(s, factory); }, ours ? 40 : 8);
+        if (ours)
+            add(
+                "hover move", factory, [factory](benchmark::State &s) { hoverMove(s, factory); }, 300);
+        add(
+            "append", factory, [factory](benchmark::State &s) { appendOnly(s, factory); }, 5);
+    }
+    TableReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    return 0;
+}

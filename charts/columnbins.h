@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QPointF>
+
+#include <vector>
+
+/// Averages a mapped series over columns of five pixels, point by point: the knots of the smooth curve.
+/// The first knot stands at x = 0, whatever the first point's column is: the first bin holds exactly the
+/// first point unless that lies in the first five pixels of the widget.
+class ColumnBins final {
+public:
+    static constexpr int columnWidth = 5;
+
+    /// Takes the next point of the series, in pixels. Points that are not finite are passed over.
+    void add(QPointF pixel);
+    /// Finished knots, then the running one; empty before the first point. x strictly as it came.
+    std::vector<QPointF> knots() const;
+
+    int finishedKnots() const { return static_cast<int>(m_finished.size()); }
+    bool isEmpty() const { return m_count == 0; }
+    double firstX() const { return m_firstX; } ///< pixel x of the first point taken
+    double lastX() const { return m_lastX; }   ///< pixel x of the last point taken
+
+private:
+    std::vector<QPointF> m_finished;
+    int m_start = 0; ///< pixel column in which the running bin began
+    double m_sum = 0.0;
+    int m_count = 0;
+    double m_firstX = 0.0;
+    double m_lastX = 0.0;
+};

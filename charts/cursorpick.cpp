@@ -1,0 +1,82 @@
+#include "charts/cursorpick.h"
+
+#include <cmath>
+
+namespace {
+
+constexpr int pickWindowMs = 100;
+
+/// First point whose time is not below the given one; size() when there is none. Times must ascend.
+std::size_t firstFrom(const PointSeries &points, double timeMs)
+{
+    std::size_t low = 0;
+    std::size_t high = points.size();
+    while (low < high) {
+        const std::size_t middle = low + (high - low) / 2;
+        if (points[middle].x() < timeMs)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
+}
+
+class Pick {
+public:
+    explicit Pick(int cursorMs) : m_cursorMs(cursorMs) {}
+
+    void offer(double timeMs, double value)
+    {
+        // The comparison in doubles is the one of the integer parts: the cursor's window begins at 0 or later.
+        if (std::trunc(timeMs / pickWindowMs) != static_cast<double>(m_cursorMs / pickWindowMs)
+            || !std::isfinite(value))
+            return;
+        const double distance = std::abs(timeMs - m_cursorMs);
+        if (distance < m_nearest) {
+            m_nearest = distance;
+            m_value = value;
+        }
+    }
+    std::optional<double> value() const { return m_value; }
+
+private:
+    int m_cursorMs;
+    double m_nearest = 100000000.0;
+    std::optional<double> m_value;
+};
+
+} // namespace
+
+std::optional<double> pickValue(const PointSeries &points, int cursorMs, double axisMs)
+{
+    if (points.size() < 2 || cursorMs < 0)
+        return std::nullopt;
+
+    const std::size_t lastPair = points.size() - 2;
+    std::size_t from = 0;
+    std::size_t to = lastPair;
+    if (points.isAscending()) {
+        // One point more on each side: a cut time can bring a neighbour into the window.
+        const double windowMs = static_cast<double>(cursorMs / pickWindowMs) * pickWindowMs;
+        const double leftMs = windowMs > 0.0 ? windowMs : -pickWindowMs;
+        const std::size_t first = firstFrom(points, leftMs);
+        from = first > 0 ? first - 1 : 0;
+        to = std::min(lastPair, firstFrom(points, windowMs + pickWindowMs));
+    }
+
+    Pick pick(cursorMs);
+    for (std::size_t k = from; k <= to; ++k) {
+        double startMs = points[k].x();
+        double endMs = points[k + 1].x();
+        if (startMs > axisMs && endMs > axisMs)
+            continue;
+        if (startMs < axisMs && endMs > axisMs)
+            endMs = axisMs;
+        else if (endMs < axisMs && startMs > axisMs)
+            startMs = axisMs;
+        pick.offer(startMs, points[k].y());
+        if (k == lastPair)
+            pick.offer(endMs, points[k + 1].y());
+    }
+    return pick.value();
+}

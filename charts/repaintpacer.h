@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTimer>
+
+/// Turns any number of requests into at most one repaint for each frame of the display, and never more
+/// than 60 a second. GUI thread; lives as a member of the widget it paces.
+class RepaintPacer final : public QObject {
+    Q_OBJECT
+
+public:
+    explicit RepaintPacer(QObject *parent = nullptr);
+
+    /// Asks for a repaint: due() follows from the event loop, at once when the last one is long enough ago.
+    void request();
+    /// framesPerSecond of the display; values above 60 or not above 0 count as 60.
+    void setDisplayRate(double framesPerSecond);
+    int intervalMs() const { return m_intervalMs; }
+
+signals:
+    void due();
+
+private:
+    void fire();
+
+    QTimer m_timer;
+    QElapsedTimer m_sinceLast; ///< invalid before the first due()
+    int m_intervalMs;
+};

@@ -1,0 +1,10 @@
+#include "tests/gallery/pages.h"
+
+#include "tests/gallery/chartpage.h"
+
+#include <QWidget>
+
+std::vector<std::pair<QString, QWidget *>> galleryPages()
+{
+    return {{QStringLiteral("Charts"), makeChartPage()}};
+}
