@@ -23,12 +23,12 @@ std::size_t firstFrom(const PointSeries &points, double timeMs)
 
 class Pick {
 public:
-    explicit Pick(int cursorMs) : m_cursorMs(cursorMs) {}
+    explicit Pick(int cursorMs) : m_cursorMs(cursorMs), m_window(cursorMs / pickWindowMs) {}
 
     void offer(double timeMs, double value)
     {
         // The comparison in doubles is the one of the integer parts: the cursor's window begins at 0 or later.
-        if (std::trunc(timeMs / pickWindowMs) != static_cast<double>(m_cursorMs / pickWindowMs)
+        if (std::trunc(timeMs / pickWindowMs) != m_window
             || !std::isfinite(value))
             return;
         const double distance = std::abs(timeMs - m_cursorMs);
@@ -41,6 +41,7 @@ public:
 
 private:
     int m_cursorMs;
+    int m_window; ///< which tenth of a second
     double m_nearest = 100000000.0;
     std::optional<double> m_value;
 };
@@ -57,7 +58,7 @@ std::optional<double> pickValue(const PointSeries &points, int cursorMs, double 
     std::size_t to = lastPair;
     if (points.isAscending()) {
         // One point more on each side: a cut time can bring a neighbour into the window.
-        const double windowMs = static_cast<double>(cursorMs / pickWindowMs) * pickWindowMs;
+        const double windowMs = cursorMs - cursorMs % pickWindowMs;
         const double leftMs = windowMs > 0.0 ? windowMs : -pickWindowMs;
         const std::size_t first = firstFrom(points, leftMs);
         from = first > 0 ? first - 1 : 0;

@@ -182,6 +182,7 @@ void CustomPlot::appendNewMultiData(int testIndex, int time, double min_value, d
     scheduleRepaint();
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): others connect to this signature
 void CustomPlot::setGraphLabel(int index, QString label)
 {
     if (index < 0 || index >= sourceButtons.size())
