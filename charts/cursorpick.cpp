@@ -28,8 +28,7 @@ public:
     void offer(double timeMs, double value)
     {
         // The comparison in doubles is the one of the integer parts: the cursor's window begins at 0 or later.
-        if (std::trunc(timeMs / pickWindowMs) != m_window
-            || !std::isfinite(value))
+        if (std::trunc(timeMs / pickWindowMs) != m_window || !std::isfinite(value))
             return;
         const double distance = std::abs(timeMs - m_cursorMs);
         if (distance < m_nearest) {
