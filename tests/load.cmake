@@ -1,0 +1,31 @@
+# Load of processor and graphics.
+vexa_test(procstat LABEL unit LIBS vexa_load)
+vexa_test(gpuloadtext LABEL unit LIBS vexa_load)
+vexa_test(childoutput SERIAL LABEL unit LIBS vexa_load)
+vexa_test(loadtrack LABEL unit LIBS vexa_load)
+if(WIN32)
+  vexa_test(loadreader_win LABEL unit LIBS vexa_load)
+else()
+  vexa_test(loadreader_linux LABEL unit LIBS vexa_load)
+  vexa_test(drmclients_linux LABEL unit LIBS vexa_load)
+endif()
+vexa_test(loadchartgeometry LABEL unit LIBS vexa_loadchart)
+vexa_test(cpugputrack SERIAL LABEL unit LIBS vexa_loadchart)
+
+# A driver library under the name of the real one, complete and not.
+add_library(fake_graphics_driver MODULE load/fakegraphicsdriver.cpp load/fakegraphicsdriver.h)
+target_link_libraries(fake_graphics_driver PRIVATE project_options)
+if(WIN32)
+  set_target_properties(fake_graphics_driver PROPERTIES PREFIX "" OUTPUT_NAME nvapi SUFFIX .dll)
+else()
+  set_target_properties(fake_graphics_driver PROPERTIES PREFIX lib OUTPUT_NAME nvidia-ml SUFFIX .so.1)
+  target_link_options(fake_graphics_driver PRIVATE -Wl,-soname,libnvidia-ml.so.1)
+endif()
+# Not beside the tests: there Windows would find it for all of them.
+set_target_properties(fake_graphics_driver PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/fake-driver")
+vexa_test(graphicsdriver LABEL unit LIBS vexa_load)
+target_compile_definitions(tst_graphicsdriver PRIVATE VEXA_FAKE_DRIVER="$<TARGET_FILE:fake_graphics_driver>")
+add_dependencies(tst_graphicsdriver fake_graphics_driver)
+add_test(NAME graphicsdriver_incomplete COMMAND tst_graphicsdriver)
+set_tests_properties(graphicsdriver_incomplete PROPERTIES
+  LABELS unit TIMEOUT 60 ENVIRONMENT VEXA_FAKE_DRIVER_IS_INCOMPLETE=1)
