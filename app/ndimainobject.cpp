@@ -211,7 +211,7 @@ void NDIMainObject::stopTest()
     QMetaObject::invokeMethod(testTimer.get(), &QTimer::stop, Qt::QueuedConnection); // it lives elsewhere
     for (ReceiverController *controller : qAsConst(controllers))
         controller->stopReceivers();
-    if (writeRecord()) {
+    if (writeRecord(rows)) {
         print(QStringLiteral("\nCompleted to test!!!\n"));
         printRecordCreated();
     } else {
@@ -235,17 +235,12 @@ void NDIMainObject::sourceTestFinished(int index)
     print(QStringLiteral("All Receivers have been closed."));
     if (!m_testEnded && !rows.isEmpty()) {
         m_testEnded = true;
-        if (writeRecord())
+        if (writeRecord(rows))
             printRecordCreated();
         else
             printRecordFailed();
     }
     emit quitApplication();
-}
-
-bool NDIMainObject::writeRecord()
-{
-    return createRecordFile(QString()) && appendRecordText(recordHeader()) && appendRecordRows(rows);
 }
 
 void NDIMainObject::printRecordCreated()

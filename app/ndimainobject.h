@@ -56,7 +56,6 @@ private:
     void printRuntimeProblem();
     void runDiscovery(bool *finderMade, bool *endedQuiet);
     void startReceivers(int sourceIndex, int receivers);
-    bool writeRecord();
     void printRecordCreated();
     void printRecordFailed();
 

@@ -125,6 +125,11 @@ bool appendRecordRows(const QStringList &rows)
     return written && file.error() == QFileDevice::NoError;
 }
 
+bool writeRecord(const QStringList &rows)
+{
+    return createRecordFile(QString()) && appendRecordText(recordHeader()) && appendRecordRows(rows);
+}
+
 QString recordPath()
 {
     return currentRecordPath();

@@ -31,5 +31,8 @@ bool appendRecordText(const QString &text);
 /// The same as appendRecordText(rows.join("\n")) without making that text in memory.
 bool appendRecordRows(const QStringList &rows);
 
+/// A new record, named by the local time, of the header and these rows; recordPath() tells where.
+bool writeRecord(const QStringList &rows);
+
 /// Full path of the current record, empty when there is none.
 QString recordPath();

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "ndi/ndisource.h"
+
+#include <QList>
+#include <QObject>
+#include <QStringList>
+
+class ReceiverController;
+
+/// The receivers of a running test and the rows of its record. The sources' names are frozen at the start,
+/// so that a new source list does not touch a running test. GUI thread.
+class TestRun final : public QObject {
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(TestRun)
+
+public:
+    explicit TestRun(QObject *parent = nullptr);
+    ~TestRun() override;
+
+    /// A new test: no rows. names: of all sources, by source index.
+    void begin(const QStringList &names);
+    /// Starts receivers (1 to 8) on a source; they report as graph, graph + 1, ...
+    void startSource(const NdiSource &source, int sourceIndex, int receivers, int graph);
+    /// Asks all receivers to stop and does not wait; each ends within a second.
+    void stopReceivers();
+    /// Whether there are receivers, be it that they are ending.
+    bool isRunning() const { return !controllers.isEmpty(); }
+
+    /// Takes a measurement into the record; the arguments are those of frameReceived().
+    void addRow(double fps, int timeMs, double defaultFps, int width, int height, int intervalMs, int sourceIndex,
+                int graph);
+    bool hasRows() const { return !csvLines.isEmpty(); }
+    void clearRows() { csvLines.clear(); }
+    /// Writes the record, if there is something to write, and forgets the rows in any case. False when
+    /// there was something and it could not be written.
+    bool writeRows();
+
+    /// Takes the last controller of this source out of the list; it has reported its end.
+    void forget(int sourceIndex);
+
+signals:
+    /// See ReceiverController::sourceFrameReceived().
+    void frameReceived(double fps, int time, int format, double defaultFPS, int width, int height, int dataRate,
+                       int ping, int sourceIndex, int indexNum);
+    /// See ReceiverController::frameData(): whoever receives it frees pData with delete[].
+    void frameData(int sourceIndex, int type, int width, int height, uint8_t *pData);
+    /// All receivers of a source are gone.
+    void sourceFinished(int sourceIndex);
+
+private:
+    QList<ReceiverController *> controllers; ///< in order of their start
+    QStringList csvLines;                    ///< rows of the record
+    QStringList m_names;
+};

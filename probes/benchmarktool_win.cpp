@@ -1,0 +1,6 @@
+#include "probes/benchmarktool.h"
+
+QString benchmarkToolName()
+{
+    return QStringLiteral("NDI Benchmark.exe");
+}

@@ -1,0 +1,130 @@
+#include "app/recordfile.h"
+#include "mainwindow/testrun.h"
+#include "ndi/ndimetatypes.h"
+#include "tests/support/fakendi.h"
+#include "tests/support/testbase.h"
+
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QtTest>
+
+namespace {
+
+const FakeFrame hd25 = FakeFrame::ofVideo(1920, 1080, 25, 1);
+const FakeFrame errorFrame = FakeFrame::ofType(NDIlib_frame_type_error);
+
+NdiSource sourceNamed(const char *name)
+{
+    return NdiSource(NDIlib_source_t{name, "10.0.0.1:5961"});
+}
+
+} // namespace
+
+class TestTestRun final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void passesMeasurementsAndEndsOn();
+    void stopsAllSources();
+    void rowsCarryFrozenNames();
+    void withoutRowsNothingIsWritten();
+    void aNewTestHasNoRows();
+    void deletedWhileRunning();
+};
+
+void TestTestRun::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    registerNdiMetaTypes();
+}
+
+void TestTestRun::passesMeasurementsAndEndsOn()
+{
+    FakeNdi ndi;
+    ndi.setScript({hd25, hd25, errorFrame});
+    TestRun run;
+    QSignalSpy frames(&run, &TestRun::frameReceived);
+    QSignalSpy ends(&run, &TestRun::sourceFinished);
+    run.begin({QStringLiteral("A"), QStringLiteral("B")});
+    QVERIFY(!run.isRunning());
+    run.startSource(sourceNamed("B"), 1, 2, 3);
+    QVERIFY(run.isRunning());
+    QTRY_COMPARE(ends.count(), 1);
+    QCOMPARE(ends.at(0).at(0).toInt(), 1);
+    QCOMPARE(frames.count(), 4);
+    QVERIFY(run.isRunning()); // until it is told to forget
+    run.forget(7);
+    QVERIFY(run.isRunning());
+    run.forget(1);
+    QVERIFY(!run.isRunning());
+}
+
+void TestTestRun::stopsAllSources()
+{
+    FakeNdi ndi;
+    TestRun run;
+    QSignalSpy ends(&run, &TestRun::sourceFinished);
+    run.begin({});
+    run.startSource(sourceNamed("A"), 0, 1, 0);
+    run.startSource(sourceNamed("B"), 1, 1, 1);
+    QTRY_COMPARE(ndi.counts().created, 2);
+    run.stopReceivers();
+    QTRY_COMPARE(ends.count(), 2);
+    QCOMPARE(ndi.counts().destroyed, 2);
+    run.forget(0);
+    run.forget(1);
+    QVERIFY(!run.isRunning());
+}
+
+void TestTestRun::rowsCarryFrozenNames()
+{
+    TestRun run;
+    run.begin({QStringLiteral("First, \"quoted\""), QStringLiteral("Second")});
+    run.addRow(59.94, 1000, 59.0, 1920, 1080, 16, 1, 0);
+    run.addRow(60.0, 1016, 59.0, 1920, 1080, 16, 0, 1);
+    run.addRow(60.0, 1033, 59.0, 1920, 1080, 17, 9, 2); // no such source: no name
+    QVERIFY(run.hasRows());
+    QVERIFY(run.writeRows());
+    QVERIFY(!run.hasRows());
+    QFile file(recordPath());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(QString::fromUtf8(file.readAll()),
+             QStringLiteral("%1\nSecond,1920,1080,59,1000,1,59.94,16\nFirst, \"quoted\",1920,1080,59,1016,2,60,16\n"
+                            ",1920,1080,59,1033,3,60,17\n")
+                 .arg(recordHeader()));
+    QVERIFY(file.remove());
+}
+
+void TestTestRun::withoutRowsNothingIsWritten()
+{
+    TestRun run;
+    run.begin({QStringLiteral("A")});
+    const QString before = recordPath();
+    QVERIFY(run.writeRows());
+    QCOMPARE(recordPath(), before);
+}
+
+void TestTestRun::aNewTestHasNoRows()
+{
+    TestRun run;
+    run.begin({QStringLiteral("A")});
+    run.addRow(59.94, 1000, 59.0, 1920, 1080, 16, 0, 0);
+    run.begin({QStringLiteral("A")});
+    QVERIFY(!run.hasRows());
+}
+
+void TestTestRun::deletedWhileRunning()
+{
+    FakeNdi ndi;
+    {
+        TestRun run;
+        run.begin({});
+        run.startSource(sourceNamed("A"), 0, 4, 0);
+        QTRY_VERIFY(ndi.counts().created > 0);
+    }
+    QCOMPARE(ndi.counts().created, ndi.counts().destroyed);
+}
+
+QTEST_GUILESS_MAIN(TestTestRun)
+#include "tst_testrun.moc"

@@ -1,0 +1,3 @@
+vexa_test(sourcecatalog LABEL unit LIBS vexa_windowparts)
+vexa_test(formatprobes LABEL unit LIBS vexa_windowparts)
+vexa_test(testrun LABEL unit LIBS vexa_windowparts)
