@@ -3,6 +3,8 @@ option(VEXA_WERROR "Treat warnings as errors (on in CI)" OFF)
 set(VEXA_SANITIZE "" CACHE STRING "Sanitizers to build with: empty, address or thread")
 set_property(CACHE VEXA_SANITIZE PROPERTY STRINGS "" address thread)
 add_feature_info(warnings-as-errors VEXA_WERROR "-Werror")
+option(VEXA_FUZZ "Build the fuzz targets (with clang)" OFF)
+add_feature_info(fuzz-targets VEXA_FUZZ "libFuzzer, run by scripts/fuzz")
 
 find_program(VEXA_CCACHE ccache)
 if(VEXA_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
@@ -30,10 +32,19 @@ elseif(VEXA_SANITIZE)
   message(FATAL_ERROR "VEXA_SANITIZE is '${VEXA_SANITIZE}'; it may be empty, address or thread")
 endif()
 
+if(VEXA_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "VEXA_FUZZ needs clang; the compiler is ${CMAKE_CXX_COMPILER_ID}")
+  endif()
+  # The fuzzer sees the way through all of our code; its main() comes with the targets alone.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 add_library(project_options INTERFACE)
 target_compile_options(project_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments> # Qt's logging macros
   $<$<BOOL:${VEXA_WERROR}>:-Werror>)
 target_compile_definitions(project_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING

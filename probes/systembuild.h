@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QString>
+
+/// Windows: the build number, plain decimal. Linux: the release of the kernel. Any thread.
+QString systemBuildVersion();

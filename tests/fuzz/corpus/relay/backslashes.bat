@@ -1,0 +1,1 @@
+"/t" /source:"a\" /time:5\\" /time:70

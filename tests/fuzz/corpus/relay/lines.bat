@@ -1,0 +1,2 @@
+"/t" /source:"a
+b" /time:70

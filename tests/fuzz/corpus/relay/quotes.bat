@@ -1,0 +1,1 @@
+"/opt/ndi/NDIAnalysis" /source:"x" & calc & "" /time:310

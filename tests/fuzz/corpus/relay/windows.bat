@@ -1,0 +1,1 @@
+"c:\Program Files\NDI\NDI 5 Analysis BETA\x64\NDIAnalysis.exe" /source:"MACHINE (Camera 1)" /time:70
