@@ -1,12 +1,12 @@
 #include "app/consolelife.h"
 #include "app/consoleplatform.h"
+#include "app/windowlife.h"
 #include "crash/qbreakpadhandler.h"
 #include "ndi/ndimetatypes.h"
 
 #include <QCoreApplication>
 #include <QDir>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -20,15 +20,6 @@ void installCrashHandler()
                                                   + QLatin1String("crashes"));
 }
 
-/// The window is not part of this program yet.
-int runWindow()
-{
-    std::fputs("This build has no window yet. Start it with -help to see what it can do on the console.\n", stderr);
-    std::fflush(stderr);
-    releaseConsole();
-    return 0;
-}
-
 } // namespace
 
 int main(int argc, char *argv[])
@@ -36,7 +27,7 @@ int main(int argc, char *argv[])
     attachConsole();
     installCrashHandler();
     if (argc < 2)
-        return runWindow();
+        return runWindow(argc, argv);
 
     std::vector<std::string> bytes = commandLine(argc, argv);
     std::vector<char *> pointers;

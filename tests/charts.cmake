@@ -12,10 +12,3 @@ vexa_test(customsourcebutton LABEL image LIBS vexa_sourcebutton)
 vexa_test(customplot LABEL image LIBS vexa_charts vexa_sourcebutton test_charts)
 vexa_test(chartpictures LABEL image LIBS vexa_charts test_charts)
 target_compile_definitions(tst_chartpictures PRIVATE VEXA_TEST_SOURCE_DIR="${CMAKE_CURRENT_SOURCE_DIR}")
-
-# For looking at the widgets; not a test.
-add_executable(vexa_gallery
-  gallery/chartpage.cpp gallery/chartpage.h
-  gallery/main.cpp
-  gallery/pages.cpp gallery/pages.h)
-target_link_libraries(vexa_gallery PRIVATE vexa_charts vexa_resources project_options)

@@ -3,12 +3,14 @@
 //   vexa_gallery FOLDER          writes a picture of every page and of charts in many states there, and ends
 #include "tests/gallery/chartpage.h"
 #include "tests/gallery/pages.h"
+#include "tests/gallery/widgetpage.h"
 
 #include "resources/fonts.h"
 #include "resources/vexaresources.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QPixmap>
 #include <QTabWidget>
@@ -32,11 +34,15 @@ int writePictures(const QString &folder, QTabWidget &tabs)
     bool saved = true;
     for (int page = 0; page < tabs.count(); ++page) {
         tabs.setCurrentIndex(page);
-        QCoreApplication::processEvents();
+        QElapsedTimer shown;
+        for (shown.start(); shown.elapsed() < 500;) // the preview needs some paints
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
         saved = save(QStringLiteral("page-%1").arg(tabs.tabText(page).toLower()), tabs.grab()) && saved;
     }
     for (const auto &[name, picture] : chartStates())
         saved = save(QStringLiteral("chart-%1").arg(name), picture) && saved;
+    for (const auto &[name, picture] : dialogStates())
+        saved = save(name, picture) && saved;
     return saved ? 0 : 1;
 }
 

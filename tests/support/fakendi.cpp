@@ -18,6 +18,7 @@ struct Receiver {
 struct State {
     std::mutex mutex; // guards everything below
     std::vector<FakeFrame> script;
+    bool initializeFails = false;
     bool finderFails = false;
     bool receiverFails = false;
     QVector<QVector<QByteArray>> lists;
@@ -44,10 +45,16 @@ bool isReset(const NDIlib_video_frame_v2_t &video)
 
 bool initialize()
 {
-    return true;
+    const std::lock_guard<std::mutex> locker(state->mutex);
+    ++state->counts.initialized;
+    return !state->initializeFails;
 }
 
-void destroy() {}
+void destroy()
+{
+    const std::lock_guard<std::mutex> locker(state->mutex);
+    ++state->counts.libraryLeft;
+}
 
 NDIlib_find_instance_t findCreate(const NDIlib_find_create_t *)
 {
@@ -235,6 +242,11 @@ FakeNdi::~FakeNdi()
 void FakeNdi::setScript(std::vector<FakeFrame> script)
 {
     state->script = std::move(script);
+}
+
+void FakeNdi::setInitializeFails(bool fails)
+{
+    state->initializeFails = fails;
 }
 
 void FakeNdi::setFinderFails(bool fails)

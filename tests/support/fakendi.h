@@ -23,6 +23,8 @@ struct FakeFrame {
 class FakeNdi final {
 public:
     struct Counts {
+        int initialized = 0;
+        int libraryLeft = 0; ///< calls of destroy
         int findersCreated = 0;
         int findersDestroyed = 0;
         int waits = 0;
@@ -40,6 +42,7 @@ public:
     FakeNdi &operator=(const FakeNdi &) = delete;
 
     void setScript(std::vector<FakeFrame> script);
+    void setInitializeFails(bool fails);
     void setFinderFails(bool fails);
     void setReceiverFails(bool fails);
     /// One list for each query, the last one for ever; a wait is true while lists are left. A list is

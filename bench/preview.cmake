@@ -1,0 +1,2 @@
+add_executable(preview_bench bench_preview.cpp)
+target_link_libraries(preview_bench PRIVATE vexa_preview benchmark::benchmark project_options)

@@ -1,0 +1,773 @@
+#include "mainwindow/ndiwindow.h"
+
+#include "charts/cpugputrack.h"
+#include "charts/customplot.h"
+#include "charts/previewfeed.h"
+#include "charts/videoglpreview.h"
+#include "mainwindow/customheader.h"
+#include "mainwindow/formatprobes.h"
+#include "mainwindow/machinetabs.h"
+#include "mainwindow/ndiwindowform.h"
+#include "mainwindow/previewchoice.h"
+#include "mainwindow/qtcustomtablewidget.h"
+#include "mainwindow/resulttables.h"
+#include "mainwindow/testrun.h"
+#include "mainwindow/videoformat.h"
+#include "ndi/ndilib.h"
+#include "ndi/sourcefinder.h"
+#include "probes/analysistool.h"
+#include "probes/analysisworker.h"
+#include "probes/benchmarkdlg.h"
+#include "probes/loadtrack.h"
+#include "ui_ndiwindow.h"
+#include "widgets/custommessagebox.h"
+
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QEventLoop>
+#include <QHBoxLayout>
+#include <QMessageBox>
+#include <QSignalBlocker>
+#include <QStyle>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int progressIntervalMs = 100;
+constexpr int longestMinutes = 5;
+constexpr int mostReceivers = 8;
+constexpr int searchAgainMs = 500; ///< after a search without a source
+constexpr int mostEmptySearches = 10;
+constexpr int longestEndMs = 2500; ///< receivers and probes end within a second
+
+// Tops of the charts' vertical axes at the start of a test.
+constexpr int singleFpsTop = 90;
+constexpr int multipleFpsTop = 60;
+constexpr int dataRateTop = 100;
+constexpr int latencyTop = 10;
+
+const QString toolMissingText = QStringLiteral("Please install NewTek NDI Analysis tool from https://ndi.video/tools");
+
+/// Numbers as they are shown everywhere: at most six significant digits.
+QString shown(double number)
+{
+    return QString::number(number, 'g', 6);
+}
+
+} // namespace
+
+NDIWindowParts NDIWindowParts::ofThisMachine()
+{
+    NDIWindowParts parts;
+    parts.analysisToolThere = isAnalysisToolInstalled;
+    parts.makeAnalysisWorker = [] { return std::make_unique<AnalysisWorker>(); };
+    parts.adapterProbes = AdapterProbes::ofThisMachine;
+    return parts;
+}
+
+NDIWindow::NDIWindow(QWidget *parent) : NDIWindow(NDIWindowParts::ofThisMachine(), parent) {}
+
+NDIWindow::NDIWindow(NDIWindowParts parts, QWidget *parent)
+    : QMainWindow(parent), m_parts(std::move(parts)), ui(std::make_unique<Ui::NDIWindow>()),
+      m_probes(std::make_unique<FormatProbes>()), m_test(std::make_unique<TestRun>()),
+      m_analysis(std::make_unique<AnalysisRun>(m_parts.makeAnalysisWorker))
+{
+    registerNdiMetaTypes();
+    ui->setupUi(this);
+    const QColor panel(32, 32, 32);
+    const QColor accent(21, 207, 187);
+    const QColor track(23, 23, 23);
+    QPalette palette = ui->progress_viewer->palette();
+    for (const QPalette::ColorRole role : {QPalette::Window, QPalette::AlternateBase})
+        palette.setColor(role, panel);
+    for (const QPalette::ColorRole role : {QPalette::Highlight, QPalette::Text})
+        palette.setColor(role, accent);
+    for (const QPalette::ColorRole role : {QPalette::Base, QPalette::Shadow})
+        palette.setColor(role, track);
+    ui->progress_viewer->setPalette(palette);
+    ui->progress_viewer->setRange(0.0, 100.0);
+    ui->progress_viewer->setValue(0.0);
+    ui->progress_viewer->setFormat(QStringLiteral("%p"));
+    ui->dataflow->hide();
+    ui->waiting_spinner->setColor(accent);
+    ui->waiting_spinner->hide();
+    testTimer.setSingleShot(true);
+    testTimer.setTimerType(Qt::PreciseTimer);
+
+    for (CustomPlot *chart :
+         {ui->fpsPlot, ui->dataPlot, ui->pingPlot, ui->analysis_latency_plot, ui->analysis_data_plot})
+        chart->setupLayout();
+    orderFocus(*ui);
+    m_previewFeed = std::make_unique<PreviewFeed>(ui->vidGlPreview);
+    m_previewChoice = std::make_unique<PreviewChoice>(ui->cmbPreviewSources, ui->vidGlPreview, ui->widPreviewWrapper,
+                                                      ui->lblDefaultImage);
+    m_machineTabs = std::make_unique<MachineTabs>(ui.get(), m_parts.adapterProbes());
+
+    m_isInitialized = initialize();
+    m_previewChoice->reset();
+    ui->widPreviewWrapper->hide();
+    if (!m_isInitialized) {
+        // From the event loop, so that whoever made the window can connect first.
+        QMetaObject::invokeMethod(this, &NDIWindow::close, Qt::QueuedConnection);
+    }
+}
+
+NDIWindow::~NDIWindow()
+{
+    m_isClosing = true;
+    ui->loadTrack->sampler->running = false;
+    m_probes->stop();
+    m_test->stopReceivers();
+    m_test->disconnect(this);
+    m_analysis.reset();
+    previewThread.finish();
+    finderThread.requestInterruption();
+    finderThread.quit();
+    finderThread.wait();
+    // Whatever uses the library goes before it does.
+    m_probes.reset();
+    m_test.reset();
+    sourceFinder.reset();
+    if (m_isInitialized)
+        NDIlib_destroy();
+}
+
+bool NDIWindow::initialize()
+{
+    m_machineTabs->showInfoTab(0);
+    switchMode(Mode::single);
+    m_machineTabs->fill();
+    setUpTables();
+    connect(ui->sourceList, qOverload<int>(&QComboBox::currentIndexChanged), this, &NDIWindow::showSourceInfo);
+    connectSignals();
+
+    if (!NDIlib_initialize()) {
+        QMessageBox::information(this, QStringLiteral("Error"), QStringLiteral("Can not initialize NDI Lib"),
+                                 QMessageBox::Ok);
+        return false;
+    }
+    setUpFinder();
+    refreshSource();
+    m_machineTabs->fillNetwork();
+    return true;
+}
+
+void NDIWindow::setUpFinder()
+{
+    finderThread.setObjectName(QStringLiteral("source finder"));
+    sourceFinder = std::make_unique<SourceFinder>();
+    connect(sourceFinder.get(), &SourceFinder::didFindNIDSources, this, &NDIWindow::getNDISource);
+    connect(&finderThread, &QThread::started, sourceFinder.get(), &SourceFinder::start);
+    connect(sourceFinder.get(), &SourceFinder::finished, &finderThread, &QThread::quit);
+    connect(sourceFinder.get(), &SourceFinder::finished, this, &NDIWindow::findThreadFinished);
+    sourceFinder->moveToThread(&finderThread);
+}
+
+void NDIWindow::connectSignals()
+{
+    connect(&progressTimer, &QTimer::timeout, this, &NDIWindow::TimeUpdated);
+    connect(ui->btn_dev, &QToolButton::clicked, this, &NDIWindow::click_btn_dev);
+    connect(ui->btn_network, &QToolButton::clicked, this, &NDIWindow::click_btn_network);
+    connect(ui->btn_system, &QToolButton::clicked, this, &NDIWindow::click_btn_system);
+    connect(ui->singleOption, &QRadioButton::clicked, this, [this] {
+        expandDetails(false);
+        switchMode(Mode::single);
+    });
+    connect(ui->multiOption, &QRadioButton::clicked, this, [this] { switchMode(Mode::multiple); });
+    connect(ui->analysisOption, &QRadioButton::clicked, this, [this] { switchMode(Mode::analysis); });
+    connect(ui->benchmarkOption, &QRadioButton::clicked, this, [this] { switchMode(Mode::benchmark); });
+    for (QToolButton *button : {ui->btn_import, ui->btn_import1})
+        connect(button, &QToolButton::clicked, this, &NDIWindow::importData);
+    for (QToolButton *button : {ui->btn_export, ui->btn_export1})
+        connect(button, &QToolButton::clicked, this, &NDIWindow::exportData);
+    connect(ui->btn_refresh, &QToolButton::clicked, this, &NDIWindow::refreshSource);
+    connect(ui->btn_test, &QToolButton::clicked, this, &NDIWindow::startStopTest);
+    connect(ui->loadTrack, &CpuGpuTrack::finished, this, &NDIWindow::trackFinished);
+    connect(ui->btn_benchmark, &QToolButton::clicked, this, &NDIWindow::startBenchmark);
+
+    connect(this, &NDIWindow::frameRender, ui->fpsPlot, &CustomPlot::appendNewData);
+    connect(this, &NDIWindow::dataRateRender, ui->dataPlot, &CustomPlot::appendNewData);
+    connect(this, &NDIWindow::dataRateRender, ui->analysis_data_plot, &CustomPlot::appendNewData);
+    connect(this, &NDIWindow::pingRender, ui->pingPlot, &CustomPlot::appendNewData);
+    connect(this, &NDIWindow::videoSizeRender, ui->analysis_latency_plot, &CustomPlot::appendNewMultiData);
+    connect(this, &NDIWindow::fpsSetMetaInfo, ui->fpsPlot, &CustomPlot::setMetaInfo);
+    for (CustomPlot *chart : {ui->dataPlot, ui->analysis_latency_plot, ui->analysis_data_plot})
+        connect(this, &NDIWindow::dataRateSetMetaInfo, chart, &CustomPlot::setMetaInfo);
+    connect(this, &NDIWindow::pingSetMetaInfo, ui->pingPlot, &CustomPlot::setMetaInfo);
+    for (CustomPlot *chart : {ui->fpsPlot, ui->pingPlot})
+        connect(this, &NDIWindow::setGraphLabel, chart, &CustomPlot::setGraphLabel);
+
+    connect(m_test.get(), &TestRun::frameReceived, this, &NDIWindow::sourceFrameReceived);
+    connect(m_test.get(), &TestRun::sourceFinished, this, &NDIWindow::sourceTestFinished);
+    connect(m_test.get(), &TestRun::frameData, m_previewFeed.get(), &PreviewFeed::takeFrame);
+    connect(m_probes.get(), &FormatProbes::formatFound, this, &NDIWindow::sourceInfoReceived);
+    connect(m_analysis.get(), &AnalysisRun::gotVideoDataRate, this, &NDIWindow::gotVideoDataRate);
+    connect(m_analysis.get(), &AnalysisRun::gotVideoSize, this, &NDIWindow::gotVideoSize);
+    connect(m_analysis.get(), &AnalysisRun::ended, this, &NDIWindow::analysisEnded);
+}
+
+void NDIWindow::setUpTables()
+{
+    m_sourceHeader = setUpSourceTable(ui->sourceTable);
+    setUpDetailTable(ui->detailTable);
+    setUpStatusTable(ui->tblStatus);
+    connect(m_sourceHeader, &CustomHeader::changed, this, &NDIWindow::setAllChecked);
+    connect(ui->sourceTable, &QtCustomTableWidget::clickedDetails, this, [this] { expandDetails(true); });
+    connect(ui->detailTable, &QtCustomTableWidget::clickedDetails, this, [this] { expandDetails(false); });
+    connect(ui->btn_expanding, &QToolButton::clicked, this, [this] { expandDetails(true); });
+    connect(ui->btn_collapsing, &QToolButton::clicked, this, [this] { expandDetails(false); });
+}
+
+/// The details of all sources take the place of the charts.
+void NDIWindow::expandDetails(bool expanded)
+{
+    ui->middleContainer->setVisible(!expanded);
+    ui->btn_expanding->setVisible(!expanded);
+    ui->multiInfoContainer->setVisible(expanded);
+    ui->btn_collapsing->setVisible(expanded);
+}
+
+void NDIWindow::addSourceRow(int index)
+{
+    QCheckBox *check = fillSourceRow(ui->sourceTable, index, m_catalog.name(index));
+    fillDetailRow(ui->detailTable, index, m_catalog.name(index), m_catalog.url(index));
+    connect(check, &QCheckBox::stateChanged, this, &NDIWindow::updateStatusRows);
+    sourceChecks.append(check);
+}
+
+void NDIWindow::updateStatusRows()
+{
+    if (!m_isCheckingAll)
+        updateStatusTable(ui->tblStatus, *ui->sourceTable, sourceChecks, m_sourceHeader);
+}
+
+void NDIWindow::setAllChecked(bool checked)
+{
+    // One rebuild of the rows for all boxes: the result is the same.
+    m_isCheckingAll = true;
+    bool changed = false;
+    for (QCheckBox *check : qAsConst(sourceChecks)) {
+        changed = changed || check->isChecked() != checked;
+        check->setChecked(checked);
+    }
+    m_isCheckingAll = false;
+    if (changed)
+        updateStatusRows();
+}
+
+void NDIWindow::click_btn_dev()
+{
+    m_machineTabs->showInfoTab(0);
+}
+
+void NDIWindow::click_btn_system()
+{
+    m_machineTabs->showInfoTab(1);
+}
+
+void NDIWindow::click_btn_network()
+{
+    m_machineTabs->showInfoTab(2);
+}
+
+void NDIWindow::refreshSource()
+{
+    if (finderThread.isRunning() || !sourceFinder || m_isClosing)
+        return;
+    ui->label_source->setText(QStringLiteral("FINDING SOURCES..."));
+    finderThread.start(QThread::InheritPriority);
+    const bool toolThere = m_parts.analysisToolThere();
+    if (!toolThere && ui->analysisOption->isChecked())
+        chooseMode(ui->singleOption);
+    ui->analysisOption->setToolTip(toolThere ? QString() : toolMissingText);
+}
+
+void NDIWindow::findThreadFinished()
+{
+    ui->label_source->setText(QStringLiteral("NDI SOURCES"));
+}
+
+/// As if the user had chosen it, even while it is disabled.
+void NDIWindow::chooseMode(QRadioButton *option)
+{
+    option->setChecked(true);
+    emit option->clicked(true);
+}
+
+void NDIWindow::getNDISource(const NDIlib_source_t *sources, int no_sources)
+{
+    if (no_sources == SourceFinder::finderFailed || no_sources == SourceFinder::noSourceAppeared || no_sources <= 0) {
+        // The first search often ends at once with an empty list: the sources come within the next seconds.
+        if (no_sources == 0 && m_catalog.count() == 0 && m_emptySearches++ < mostEmptySearches)
+            QTimer::singleShot(searchAgainMs, this, &NDIWindow::refreshSource);
+        return;
+    }
+    m_emptySearches = 0;
+    // Before the widgets go: clearing them asks for the facts of what they showed.
+    m_probes->stop();
+    m_catalog.clear();
+    sourceChecks.clear();
+    ui->sourceList->clear();
+    for (QTableWidget *table :
+         {static_cast<QTableWidget *>(ui->sourceTable), static_cast<QTableWidget *>(ui->detailTable), ui->tblStatus})
+        table->setRowCount(0);
+    m_sourceHeader->setAllChecked(false);
+
+    m_catalog.replace(sources, no_sources);
+    const int count = m_catalog.count();
+    ui->sourceTable->setUpdatesEnabled(false);
+    ui->detailTable->setUpdatesEnabled(false);
+    ui->sourceTable->setRowCount(count);
+    ui->detailTable->setRowCount(count);
+    sourceChecks.reserve(count);
+    QVector<NdiSource> probed;
+    for (int i = 0; i < count; ++i) {
+        addSourceRow(i);
+        probed.append(m_catalog.source(i));
+    }
+    ui->sourceTable->setUpdatesEnabled(true);
+    ui->detailTable->setUpdatesEnabled(true);
+    ui->sourceList->addItems(m_catalog.names());
+    m_probes->start(probed);
+}
+
+void NDIWindow::sourceInfoReceived(int index, double fps, int fourCC, int width, int height)
+{
+    if (!m_catalog.contains(index))
+        return;
+    SourceInfo info;
+    info.index = index;
+    info.frameRate = fps;
+    info.fourCC = static_cast<quint32>(fourCC);
+    info.width = width;
+    info.height = height;
+    m_catalog.setInfo(info);
+    fillDetailFormat(ui->detailTable, index, formatName(info.fourCC), fps, width, height);
+    if (index == ui->sourceList->currentIndex())
+        showFormat(info);
+}
+
+void NDIWindow::showFormat(const SourceInfo &info)
+{
+    if (info.width <= 0)
+        return;
+    ui->label_videoFormat->setText(formatName(info.fourCC));
+    ui->label_videoFPS->setText(shown(info.frameRate) + QStringLiteral("fps"));
+    ui->label_videoWidth->setText(QString::number(info.width));
+    ui->label_videoHeight->setText(QString::number(info.height));
+}
+
+void NDIWindow::showSourceInfo(int index)
+{
+    if (m_catalog.contains(index))
+        showFormat(m_catalog.info(index));
+    ui->L2->setText(ui->sourceList->currentText());
+    ui->lblAnalysisProgressStatusValue->setText(ui->sourceList->currentText());
+}
+
+void NDIWindow::switchMode(Mode mode)
+{
+    if (mode == Mode::benchmark) {
+        m_lastOption = ui->benchmarkOption;
+        ui->vW1->hide();
+        ui->SourceContainer->hide();
+        ui->benchmark_container->show();
+        ui->widReceiverCount->show();
+        ui->cmbPreviewSources->setEnabled(true);
+        return;
+    }
+    if (mode == Mode::analysis && !m_parts.analysisToolThere()) {
+        refuseAnalysis();
+        return;
+    }
+    switch (mode) {
+    case Mode::single:
+        m_lastOption = ui->singleOption;
+        ui->SourceContainer->setCurrentIndex(0);
+        ui->CentralContainer->setCurrentIndex(0);
+        ui->L2->setText(ui->sourceList->currentText());
+        ui->wid_info->show();
+        ui->widStatusTable->hide();
+        break;
+    case Mode::multiple:
+        m_lastOption = ui->multiOption;
+        ui->SourceContainer->setCurrentIndex(1);
+        ui->CentralContainer->setCurrentIndex(0);
+        ui->L2->setText(QStringLiteral("  MULTIPLE"));
+        ui->wid_info->hide();
+        ui->widStatusTable->show();
+        sizeStatusColumns(ui->tblStatus);
+        break;
+    case Mode::analysis:
+        m_lastOption = ui->analysisOption;
+        ui->SourceContainer->setCurrentIndex(0);
+        ui->CentralContainer->setCurrentIndex(1);
+        ui->widReceiverCount->hide();
+        m_previewChoice->chooseNone();
+        ui->cmbPreviewSources->setEnabled(false);
+        break;
+    case Mode::benchmark:
+        break;
+    }
+    ui->vW1->show();
+    ui->SourceContainer->show();
+    ui->benchmark_container->hide();
+    if (mode != Mode::analysis) {
+        ui->widReceiverCount->show();
+        ui->cmbPreviewSources->setEnabled(true);
+    }
+}
+
+void NDIWindow::refuseAnalysis()
+{
+    CustomMessageBox box(this);
+    box.setTitle(QStringLiteral("FAIL"));
+    box.setMessage(QStringLiteral("FAIL"), QString(), QString(), toolMissingText);
+    box.setButtonText(QStringLiteral("OK"));
+    const QPointer<NDIWindow> self(this);
+    const bool accepted = box.exec() == QDialog::Accepted;
+    if (!self)
+        return;
+    if (accepted || !m_lastOption)
+        chooseMode(ui->singleOption);
+    else
+        m_lastOption->setChecked(true);
+}
+
+int NDIWindow::measurementMinutes() const
+{
+    return qBound(1, ui->timeList->currentIndex() + 1, longestMinutes);
+}
+
+int NDIWindow::measurementMs() const
+{
+    return measurementMinutes() * m_parts.minuteMs;
+}
+
+void NDIWindow::markRevision(bool on)
+{
+    for (QToolButton *button : {ui->btn_import, ui->btn_import1}) {
+        button->setProperty("selected", on);
+        button->style()->unpolish(button);
+        button->style()->polish(button);
+    }
+}
+
+void NDIWindow::startStopTest()
+{
+    if (m_test->isRunning()) {
+        stopByUser();
+        return;
+    }
+    m_test->clearRows();
+    markRevision(false);
+    bool started = false;
+    if (ui->singleOption->isChecked())
+        started = startSingle();
+    else if (ui->multiOption->isChecked())
+        started = startMultiple();
+    else if (ui->analysisOption->isChecked())
+        startAnalysis();
+    if (started)
+        armTestTimer(&NDIWindow::stopTest);
+}
+
+void NDIWindow::stopByUser()
+{
+    testTimer.stop();
+    m_test->stopReceivers();
+    progressTimer.stop();
+    previewThread.stop();
+    ui->benchmarkOption->setEnabled(true);
+    m_test->writeRows();
+}
+
+void NDIWindow::beginRun()
+{
+    m_test->begin(m_catalog.names());
+    progressTimer.start(progressIntervalMs);
+    testClock.start();
+    ui->timeList->setEnabled(false);
+    // The loop of an earlier test may still be ending.
+    previewThread.finish();
+}
+
+bool NDIWindow::startSingle()
+{
+    const int source = ui->sourceList->currentIndex();
+    if (!m_catalog.contains(source))
+        return false;
+    const int receivers = qBound(1, ui->threadCount->currentIndex() + 1, mostReceivers);
+    const int lengthS = measurementMinutes() * 60;
+    beginRun();
+    emit fpsSetMetaInfo(lengthS, singleFpsTop, receivers);
+    emit pingSetMetaInfo(lengthS, latencyTop, receivers);
+    startSourceTest(source, receivers, 0);
+    m_previewChoice->offer({{QString::number(source + 1), source}});
+    ui->btn_test->setText(QStringLiteral("STOP"));
+    for (QWidget *control : {static_cast<QWidget *>(ui->multiOption), static_cast<QWidget *>(ui->analysisOption),
+                             static_cast<QWidget *>(ui->benchmarkOption), static_cast<QWidget *>(ui->btn_refresh),
+                             static_cast<QWidget *>(ui->btn_import), static_cast<QWidget *>(ui->btn_export),
+                             static_cast<QWidget *>(ui->btn_import1), static_cast<QWidget *>(ui->btn_export1)})
+        control->setEnabled(false);
+    return true;
+}
+
+bool NDIWindow::startMultiple()
+{
+    QVector<int> checked;
+    QVector<QPair<QString, int>> previews;
+    for (int row = 0; row < sourceChecks.size(); ++row) {
+        if (!sourceChecks.at(row)->isChecked())
+            continue;
+        checked.append(row);
+        previews.append({QString::number(row + 1), row});
+    }
+    if (checked.isEmpty()) {
+        m_previewChoice->reset();
+        return false;
+    }
+    const int lengthS = measurementMinutes() * 60;
+    beginRun();
+    emit fpsSetMetaInfo(lengthS, multipleFpsTop, checked.size());
+    emit dataRateSetMetaInfo(lengthS, dataRateTop, checked.size());
+    emit pingSetMetaInfo(lengthS, latencyTop, checked.size());
+    for (int k = 0; k < checked.size(); ++k) {
+        emit setGraphLabel(k, QString::number(checked.at(k) + 1));
+        startSourceTest(checked.at(k), 1, k);
+    }
+    m_previewChoice->offer(previews);
+    ui->btn_test->setText(QStringLiteral("STOP"));
+    for (QWidget *control : {static_cast<QWidget *>(ui->singleOption), static_cast<QWidget *>(ui->analysisOption),
+                             static_cast<QWidget *>(ui->benchmarkOption), static_cast<QWidget *>(ui->btn_refresh),
+                             static_cast<QWidget *>(ui->btn_import), static_cast<QWidget *>(ui->btn_export),
+                             static_cast<QWidget *>(ui->btn_import1), static_cast<QWidget *>(ui->btn_export1)})
+        control->setEnabled(false);
+    return true;
+}
+
+void NDIWindow::startAnalysis()
+{
+    const QString source = ui->sourceList->currentText().trimmed();
+    if (source.isEmpty() || !m_parts.analysisToolThere())
+        return;
+    ui->btn_test->setText(QStringLiteral("STOP"));
+    for (QWidget *control : {static_cast<QWidget *>(ui->timeList), static_cast<QWidget *>(ui->multiOption),
+                             static_cast<QWidget *>(ui->singleOption), static_cast<QWidget *>(ui->benchmarkOption),
+                             static_cast<QWidget *>(ui->btn_refresh), static_cast<QWidget *>(ui->btn_test),
+                             static_cast<QWidget *>(ui->btn_import), static_cast<QWidget *>(ui->btn_export),
+                             static_cast<QWidget *>(ui->btn_import1), static_cast<QWidget *>(ui->btn_export1)})
+        control->setEnabled(false);
+    const int lengthS = measurementMinutes() * 60;
+    emit dataRateSetMetaInfo(lengthS, dataRateTop, 1);
+    analysisStart = QTime();
+    ui->waiting_spinner->show();
+    ui->waiting_spinner->startAnimation();
+    ui->progress_viewer->hide();
+    m_analysis->start(source, lengthS);
+}
+
+void NDIWindow::startBenchmark()
+{
+    if (m_isInDialog)
+        return;
+    m_isInDialog = true;
+    const QPointer<NDIWindow> self(this);
+    BenchmarkDlg dialog;
+    dialog.exec();
+    if (self)
+        m_isInDialog = false;
+}
+
+void NDIWindow::startSourceTest(int sourceIndex, int receivers, int graphIndex)
+{
+    m_test->startSource(m_catalog.source(sourceIndex), sourceIndex, receivers, graphIndex);
+    previewThread.setWidget(ui->vidGlPreview);
+    previewThread.start();
+}
+
+void NDIWindow::armTestTimer(void (NDIWindow::*end)())
+{
+    testTimer.stop();
+    testTimer.start(measurementMs());
+    disconnect(&testTimer, &QTimer::timeout, this, &NDIWindow::finishAnalysis);
+    disconnect(&testTimer, &QTimer::timeout, this, &NDIWindow::stopTest);
+    connect(&testTimer, &QTimer::timeout, this, end);
+}
+
+void NDIWindow::sourceFrameReceived(double fps, int time, int format, double defaultFPS, int width, int height,
+                                    int dataRate, int ping, int sourceIndex, int indexNum)
+{
+    Q_UNUSED(dataRate)
+    if (!progressTimer.isActive()) { // the test is over
+        m_previewChoice->reset();
+        return;
+    }
+    if (width == 0 && height == 0) { // no video
+        emit frameRender(indexNum, time, 0.0);
+        emit pingRender(indexNum, time, 0.0);
+        setCellText(ui->tblStatus, indexNum, 2, QStringLiteral("0fps"));
+        setCellText(ui->tblStatus, indexNum, 3, QStringLiteral("0ms"));
+        return;
+    }
+    ui->L4->setText(shown(fps) + QStringLiteral("fps"));
+    ui->label_videoFormat->setText(formatName(static_cast<quint32>(format)));
+    ui->label_videoFPS->setText(shown(defaultFPS));
+    ui->label_videoHeight->setText(QString::number(height));
+    ui->label_videoWidth->setText(QString::number(width));
+    ui->L8->setText(QStringLiteral("%1 ms").arg(ping));
+    m_test->addRow(fps, time, defaultFPS, width, height, ping, sourceIndex, indexNum);
+    emit frameRender(indexNum, time, fps);
+    emit pingRender(indexNum, time, ping);
+    setCellText(ui->tblStatus, indexNum, 2, shown(fps) + QStringLiteral("fps"));
+    setCellText(ui->tblStatus, indexNum, 3, QString::number(ping) + QStringLiteral("ms"));
+}
+
+void NDIWindow::TimeUpdated()
+{
+    const double share = testClock.isValid() ? static_cast<double>(testClock.elapsed()) / measurementMs() : 0.0;
+    ui->progress_viewer->setValue(qMin(share * 100.0, 100.0));
+}
+
+void NDIWindow::takeFirstAnalysisSample(QTime time)
+{
+    if (analysisStart.isValid())
+        return;
+    analysisStart = time;
+    progressTimer.start(progressIntervalMs);
+    testClock.start();
+    armTestTimer(&NDIWindow::finishAnalysis);
+    ui->waiting_spinner->stopAnimation();
+    ui->waiting_spinner->hide();
+    ui->progress_viewer->show();
+}
+
+namespace {
+
+/// An invalid time counts as midnight.
+int msBetween(QTime from, QTime to)
+{
+    const auto sinceMidnight = [](QTime time) { return time.isValid() ? time.msecsSinceStartOfDay() : 0; };
+    return sinceMidnight(to) - sinceMidnight(from);
+}
+
+} // namespace
+
+void NDIWindow::gotVideoDataRate(QTime time, double rate)
+{
+    takeFirstAnalysisSample(time);
+    ui->lblDataRateValue->setText(shown(rate) + QStringLiteral("MBps"));
+    emit dataRateRender(0, msBetween(analysisStart, time), rate);
+}
+
+void NDIWindow::gotVideoSize(QTime time, double min_value, double max_value, double avg_value)
+{
+    takeFirstAnalysisSample(time);
+    ui->lblLatencyValue->setText(
+        QStringLiteral("Avg: %1mS  Min: %2mS  Max: %3mS").arg(shown(avg_value), shown(min_value), shown(max_value)));
+    emit videoSizeRender(0, msBetween(analysisStart, time), min_value, max_value, avg_value);
+}
+
+void NDIWindow::stopTest()
+{
+    m_test->writeRows();
+    testTimer.stop();
+    m_test->stopReceivers();
+    previewThread.stop();
+    if (progressTimer.isActive()) {
+        TimeUpdated();
+        progressTimer.stop();
+    }
+}
+
+void NDIWindow::sourceTestFinished(int index)
+{
+    m_previewChoice->reset();
+    const bool wasRunning = m_test->isRunning();
+    m_test->forget(index);
+    if (m_test->isRunning())
+        return;
+    if (wasRunning && (testTimer.isActive() || m_test->hasRows()))
+        stopTest(); // all receivers ended by themselves
+    enableIdleControls();
+    progressTimer.stop();
+}
+
+void NDIWindow::enableIdleControls()
+{
+    ui->btn_test->setText(QStringLiteral("TEST"));
+    for (QWidget *control : {static_cast<QWidget *>(ui->timeList), static_cast<QWidget *>(ui->singleOption),
+                             static_cast<QWidget *>(ui->multiOption), static_cast<QWidget *>(ui->analysisOption),
+                             static_cast<QWidget *>(ui->btn_refresh), static_cast<QWidget *>(ui->btn_import),
+                             static_cast<QWidget *>(ui->btn_export), static_cast<QWidget *>(ui->btn_import1),
+                             static_cast<QWidget *>(ui->btn_export1)})
+        control->setEnabled(true);
+}
+
+void NDIWindow::finishAnalysis()
+{
+    stopTest();
+    sourceTestFinished(0);
+    ui->benchmarkOption->setEnabled(true);
+    ui->btn_test->setEnabled(true);
+    ui->waiting_spinner->stopAnimation();
+    ui->waiting_spinner->hide();
+    ui->progress_viewer->show();
+}
+
+/// A tool that ended without a sample would leave the window waiting for ever.
+void NDIWindow::analysisEnded()
+{
+    if (!analysisStart.isValid() && !ui->btn_test->isEnabled())
+        finishAnalysis();
+}
+
+bool NDIWindow::isEndingDone() const
+{
+    return !m_test->isRunning() && m_probes->isIdle() && !previewThread.isRunning() && !finderThread.isRunning();
+}
+
+void NDIWindow::requestClose()
+{
+    if (m_isClosing)
+        return;
+    m_isClosing = true;
+    if (m_test->isRunning())
+        startStopTest();
+    m_probes->stop();
+    m_analysis->abort();
+    previewThread.stop();
+    finderThread.requestInterruption();
+    finderThread.quit();
+    ui->loadTrack->sampler->running = false;
+
+    // Receivers, probes and the preview report their ends through the event loop.
+    QElapsedTimer waited;
+    waited.start();
+    QEventLoop loop;
+    QTimer poll;
+    connect(&poll, &QTimer::timeout, &loop, [&] {
+        previewThread.stop();
+        if (isEndingDone() || waited.elapsed() > longestEndMs)
+            loop.quit();
+    });
+    poll.start(20);
+    if (!isEndingDone())
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    emit closeWindow();
+}
+
+void NDIWindow::closeEvent(QCloseEvent *event)
+{
+    requestClose();
+    event->accept();
+}
+
+void NDIWindow::trackFinished() {}
+
+void NDIWindow::resizeEvent(QResizeEvent *event)
+{
+    QMainWindow::resizeEvent(event);
+    sizeStatusColumns(ui->tblStatus);
+}

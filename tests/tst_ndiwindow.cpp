@@ -1,0 +1,791 @@
+#include "app/recordfile.h"
+#include "charts/customplot.h"
+#include "mainwindow/customheader.h"
+#include "mainwindow/ndiwindow.h"
+#include "mainwindow/qtcustomtablewidget.h"
+#include "probes/analysisworker.h"
+#include "probes/machinefactsreader.h"
+#include "resources/vexaresources.h"
+#include "tests/support/fakendi.h"
+#include "tests/support/testbase.h"
+#include "ui_ndiwindow.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace {
+
+const FakeFrame hd60 = FakeFrame::ofVideo(1920, 1080, 60000, 1001);
+const FakeFrame errorFrame = FakeFrame::ofType(NDIlib_frame_type_error);
+
+std::vector<FakeFrame> framesWithoutEnd()
+{
+    return std::vector<FakeFrame>(100000, hd60);
+}
+
+QVector<QByteArray> namesOf(int count)
+{
+    QVector<QByteArray> names;
+    for (int i = 0; i < count; ++i)
+        names.append("CAM " + QByteArray::number(i + 1));
+    return names;
+}
+
+/// Wine cannot scale window frames; an X server without window manager cannot give the focus to a window
+/// that is not there yet. Qt tells both.
+void expectScreenWarnings()
+{
+    TestBase::expectWarning(QStringLiteral("EnableNonClientDpiScaling() failed"));
+    TestBase::expectWarning(QStringLiteral("XCB error: 8 (BadMatch)"));
+}
+
+/// A window on a scripted runtime, shown and with its first list of sources.
+class WindowCase {
+public:
+    explicit WindowCase(int sources, int minuteMs = 60000, bool toolThere = false, int emptyListsBefore = 0)
+    {
+        TestBase::expectWarning(QStringLiteral("Could not parse stylesheet"));
+        expectScreenWarnings();
+        QVector<QVector<QByteArray>> lists(emptyListsBefore);
+        lists.append(namesOf(sources));
+        ndi.setSourceLists(lists);
+        ndi.setScript({errorFrame}); // for the probes of the formats
+        // As fast as a real runtime at most: a receiver must not take a whole core.
+        ndi.setOnCapture([](int) { std::this_thread::sleep_for(std::chrono::milliseconds(2)); });
+        NDIWindowParts parts;
+        parts.minuteMs = minuteMs;
+        parts.analysisToolThere = [toolThere] { return toolThere; };
+        parts.makeAnalysisWorker = [] { return std::make_unique<AnalysisWorker>(QString(), QString()); };
+        parts.adapterProbes = [] {
+            AdapterProbes probes;
+            probes.adapters = [](const std::atomic<bool> &) { return NetworkAdapters(); };
+            probes.linkSpeed = [](const NetworkAdapterInfo &, const std::atomic<bool> &) { return QString(); };
+            return probes;
+        };
+        window = std::make_unique<NDIWindow>(parts);
+        window->show();
+    }
+
+    bool isReady(int sources)
+    {
+        return QTest::qWaitFor([&] {
+            return window->form().sourceList->count() == sources
+                   && window->form().label_source->text() == QStringLiteral("NDI SOURCES");
+        });
+    }
+    const Ui::NDIWindow &ui() const { return window->form(); }
+    void choose(QRadioButton *option)
+    {
+        option->setChecked(true);
+        emit option->clicked(true);
+    }
+    QCheckBox *check(int row) const { return ui().sourceTable->cellWidget(row, 0)->findChild<QCheckBox *>(); }
+    void press() { ui().btn_test->click(); }
+    bool isIdle() const { return ui().btn_test->text() == QStringLiteral("TEST") && ui().timeList->isEnabled(); }
+
+    FakeNdi ndi;
+    std::unique_ptr<NDIWindow> window;
+};
+
+/// Does something with the next modal dialog, when it is there.
+class NextDialog : public QObject {
+public:
+    explicit NextDialog(std::function<void(QDialog *)> act, QDialog *after = nullptr) : m_act(std::move(act))
+    {
+        connect(&m_timer, &QTimer::timeout, this, [this, after] {
+            auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            if (!dialog || dialog == after || !dialog->isVisible())
+                return;
+            m_timer.stop();
+            seen = true;
+            m_act(dialog);
+        });
+        m_timer.start(10);
+    }
+    bool seen = false;
+
+private:
+    QTimer m_timer;
+    std::function<void(QDialog *)> m_act;
+};
+
+/// Types a path into a file dialog and accepts it.
+void chooseFile(QDialog *dialog, const QString &path)
+{
+    auto *name = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
+    QVERIFY(name);
+    name->setText(path);
+    QTest::keyClick(name, Qt::Key_Return);
+}
+
+/// Accepts the question whether to look at a report, and then chooses this one.
+void openReport(QDialog *question, const QString &path)
+{
+    auto *next = new NextDialog([path](QDialog *dialog) { chooseFile(dialog, path); }, question);
+    next->setParent(QCoreApplication::instance());
+    question->accept();
+}
+
+/// Names of the controls that a state may disable, those that are usable.
+QStringList usable(const Ui::NDIWindow &ui)
+{
+    const QVector<QPair<QString, const QWidget *>> controls{
+        {QStringLiteral("test"), ui.btn_test},           {QStringLiteral("time"), ui.timeList},
+        {QStringLiteral("single"), ui.singleOption},     {QStringLiteral("multiple"), ui.multiOption},
+        {QStringLiteral("analysis"), ui.analysisOption}, {QStringLiteral("benchmark"), ui.benchmarkOption},
+        {QStringLiteral("refresh"), ui.btn_refresh},     {QStringLiteral("import"), ui.btn_import},
+        {QStringLiteral("export"), ui.btn_export},       {QStringLiteral("import1"), ui.btn_import1},
+        {QStringLiteral("export1"), ui.btn_export1},     {QStringLiteral("source"), ui.sourceList},
+        {QStringLiteral("receivers"), ui.threadCount},   {QStringLiteral("preview"), ui.cmbPreviewSources}};
+    QStringList names;
+    for (const auto &[name, control] : controls) {
+        if (control->isEnabled())
+            names.append(name);
+    }
+    return names;
+}
+
+QStringList words(const char *text)
+{
+    return QString::fromLatin1(text).split(QLatin1Char(' '));
+}
+
+const char *const allControls =
+    "test time single multiple analysis benchmark refresh import export import1 export1 source receivers preview";
+
+QStringList recordLines()
+{
+    QFile file(recordPath());
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+}
+
+} // namespace
+
+class TestNdiWindow final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void startsIdleAndSingle();
+    void searchResultsThatAreNoList_data();
+    void searchResultsThatAreNoList();
+    void searchesAgainAfterAnEmptyList();
+    void formatsOfTheSources();
+    void modesShowTheirPages();
+    void detailsTakeTheChartsPlace();
+    void tickingSources();
+    void singleTestRunsItsTime();
+    void singleTestStoppedByTheUser();
+    void multipleTestRunsItsTime();
+    void nothingToTestStartsNothing_data();
+    void nothingToTestStartsNothing();
+    void receiversThatEndByThemselves();
+    void framesWithoutVideoDrawZeros();
+    void framesAfterTheEndAreDropped();
+    void aNewListDuringATest();
+    void analysisWithoutToolIsRefused_data();
+    void analysisWithoutToolIsRefused();
+    void analysisWithoutSamplesEnds();
+    void analysisRunsFromItsFirstSample();
+    void exportAndImport();
+    void importOfAnAnalysis_data();
+    void importOfAnAnalysis();
+    void cancelledDialogsChangeNothing();
+    void runtimeThatDoesNotStart();
+    void closing_data();
+    void closing();
+
+private:
+    QTemporaryDir m_home;
+};
+
+void TestNdiWindow::initTestCase()
+{
+    initVexaResources();
+    QVERIFY(m_home.isValid());
+    qputenv("HOME", m_home.path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+    QVERIFY(QDir::setCurrent(m_home.path())); // the analysis writes its command file there
+}
+
+void TestNdiWindow::startsIdleAndSingle()
+{
+    WindowCase test(3);
+    QCOMPARE(test.ui().label_source->text(), QStringLiteral("FINDING SOURCES..."));
+    QVERIFY(test.isReady(3));
+    const Ui::NDIWindow &ui = test.ui();
+    QCOMPARE(ui.btn_test->text(), QStringLiteral("TEST"));
+    QCOMPARE(usable(ui), words(allControls));
+    QVERIFY(ui.singleOption->isChecked());
+    QCOMPARE(ui.SourceContainer->currentIndex(), 0);
+    QCOMPARE(ui.CentralContainer->currentIndex(), 0);
+    QVERIFY(ui.wid_info->isVisible() && !ui.widStatusTable->isVisible());
+    QVERIFY(!ui.dataflow->isVisible() && !ui.waiting_spinner->isVisible() && !ui.widPreviewWrapper->isVisible());
+    QVERIFY(ui.lblDefaultImage->isVisible() && ui.progress_viewer->isVisible());
+    QVERIFY(ui.dev_info->isVisible() && !ui.sys_info->isVisible() && !ui.net_info->isVisible());
+    QCOMPARE(ui.sourceList->itemText(2), QStringLiteral("CAM 3"));
+    QCOMPARE(ui.L2->text(), QStringLiteral("CAM 1"));
+    QCOMPARE(ui.sourceTable->rowCount(), 3);
+    QCOMPARE(ui.sourceTable->item(1, 1)->text(), QStringLiteral("2"));
+    QCOMPARE(ui.sourceTable->item(1, 2)->text(), QStringLiteral("CAM 2"));
+    QCOMPARE(ui.detailTable->item(2, 1)->text(), QStringLiteral("CAM 3"));
+    QCOMPARE(ui.tblStatus->rowCount(), 0);
+    QVERIFY(!ui.analysisOption->toolTip().isEmpty()); // no tool here
+    QVERIFY(!ui.label_system_val->text().isEmpty());
+    ui.sourceList->setCurrentIndex(2);
+    QCOMPARE(ui.L2->text(), QStringLiteral("CAM 3"));
+    QCOMPARE(ui.lblAnalysisProgressStatusValue->text(), QStringLiteral("CAM 3"));
+}
+
+void TestNdiWindow::searchResultsThatAreNoList_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::newRow("finder failed") << 10000;
+    QTest::newRow("no source appeared") << 10001;
+    QTest::newRow("0 sources") << 0;
+}
+
+void TestNdiWindow::searchResultsThatAreNoList()
+{
+    QFETCH(int, count);
+    WindowCase test(2);
+    QVERIFY(test.isReady(2));
+    test.check(1)->setChecked(true);
+    test.window->getNDISource(nullptr, count);
+    QCOMPARE(test.ui().sourceList->count(), 2);
+    QCOMPARE(test.ui().sourceTable->rowCount(), 2);
+    QCOMPARE(test.ui().tblStatus->rowCount(), 1);
+}
+
+void TestNdiWindow::searchesAgainAfterAnEmptyList()
+{
+    WindowCase test(3, 60000, false, 2);
+    QVERIFY(test.isReady(3));
+    QCOMPARE(test.ndi.counts().waits, 3);
+    QTest::qWait(700); // longer than the pause before another search
+    QCOMPARE(test.ndi.counts().waits, 3);
+}
+
+void TestNdiWindow::formatsOfTheSources()
+{
+    WindowCase test(0);
+    test.ndi.setScript({hd60});
+    const std::array<NDIlib_source_t, 2> sources{NDIlib_source_t{"A", "10.0.0.1:5961"}, NDIlib_source_t{"B", nullptr}};
+    test.window->getNDISource(sources.data(), 2);
+    const Ui::NDIWindow &ui = test.ui();
+    QCOMPARE(ui.detailTable->item(0, 2)->text(), QStringLiteral("10.0.0.1:5961"));
+    QCOMPARE(ui.detailTable->item(1, 2)->text(), QString());
+    QTRY_VERIFY(ui.detailTable->item(1, 6) && ui.detailTable->item(0, 6));
+    QCOMPARE(ui.detailTable->item(1, 3)->text(), QStringLiteral("UYVY"));
+    QCOMPARE(ui.detailTable->item(1, 4)->text(), QStringLiteral("59fps"));
+    QCOMPARE(ui.detailTable->item(1, 5)->text(), QStringLiteral("1920"));
+    QCOMPARE(ui.detailTable->item(1, 6)->text(), QStringLiteral("1080"));
+    QCOMPARE(ui.label_videoFormat->text(), QStringLiteral("UYVY"));
+    QCOMPARE(ui.label_videoFPS->text(), QStringLiteral("59fps"));
+    QCOMPARE(ui.label_videoWidth->text(), QStringLiteral("1920"));
+    QCOMPARE(ui.label_videoHeight->text(), QStringLiteral("1080"));
+}
+
+void TestNdiWindow::modesShowTheirPages()
+{
+    WindowCase test(2, 60000, true);
+    QVERIFY(test.isReady(2));
+    const Ui::NDIWindow &ui = test.ui();
+    test.choose(ui.multiOption);
+    QCOMPARE(ui.SourceContainer->currentIndex(), 1);
+    QCOMPARE(ui.CentralContainer->currentIndex(), 0);
+    QCOMPARE(ui.L2->text(), QStringLiteral("  MULTIPLE"));
+    QVERIFY(!ui.wid_info->isVisible() && ui.widStatusTable->isVisible());
+
+    test.choose(ui.analysisOption);
+    QCOMPARE(ui.SourceContainer->currentIndex(), 0);
+    QCOMPARE(ui.CentralContainer->currentIndex(), 1);
+    QVERIFY(!ui.widReceiverCount->isVisible());
+    QVERIFY(!ui.cmbPreviewSources->isEnabled());
+    QCOMPARE(ui.cmbPreviewSources->currentIndex(), 0);
+
+    test.choose(ui.benchmarkOption);
+    QVERIFY(!ui.vW1->isVisible() && !ui.SourceContainer->isVisible() && ui.benchmark_container->isVisible());
+    QVERIFY(ui.cmbPreviewSources->isEnabled());
+
+    test.choose(ui.singleOption);
+    QCOMPARE(ui.CentralContainer->currentIndex(), 0);
+    QVERIFY(ui.vW1->isVisible() && ui.SourceContainer->isVisible() && !ui.benchmark_container->isVisible());
+    QVERIFY(ui.widReceiverCount->isVisible() && ui.cmbPreviewSources->isEnabled());
+    QCOMPARE(ui.L2->text(), QStringLiteral("CAM 1"));
+}
+
+void TestNdiWindow::detailsTakeTheChartsPlace()
+{
+    WindowCase test(2);
+    QVERIFY(test.isReady(2));
+    const Ui::NDIWindow &ui = test.ui();
+    test.choose(ui.multiOption);
+    QVERIFY(ui.middleContainer->isVisible() && !ui.multiInfoContainer->isVisible());
+    ui.btn_expanding->click();
+    QVERIFY(!ui.middleContainer->isVisible() && ui.multiInfoContainer->isVisible());
+    QVERIFY(!ui.btn_expanding->isVisible() && ui.btn_collapsing->isVisible());
+    emit ui.detailTable->clickedDetails();
+    QVERIFY(ui.middleContainer->isVisible() && !ui.multiInfoContainer->isVisible());
+    emit ui.sourceTable->clickedDetails();
+    QVERIFY(ui.multiInfoContainer->isVisible());
+    test.choose(ui.singleOption);
+    QVERIFY(ui.middleContainer->isVisible() && !ui.multiInfoContainer->isVisible());
+}
+
+void TestNdiWindow::tickingSources()
+{
+    WindowCase test(3);
+    QVERIFY(test.isReady(3));
+    const Ui::NDIWindow &ui = test.ui();
+    auto *header = qobject_cast<CustomHeader *>(ui.sourceTable->horizontalHeader());
+    QVERIFY(header);
+    test.check(2)->setChecked(true);
+    test.check(0)->setChecked(true);
+    QCOMPARE(ui.tblStatus->rowCount(), 2);
+    QCOMPARE(ui.tblStatus->item(0, 0)->text(), QStringLiteral("1"));
+    QCOMPARE(ui.tblStatus->item(1, 0)->text(), QStringLiteral("3"));
+    QCOMPARE(ui.tblStatus->item(1, 1)->text(), QStringLiteral("CAM 3"));
+    QVERIFY(!header->isAllChecked());
+    test.check(1)->setChecked(true);
+    QVERIFY(header->isAllChecked());
+    test.check(1)->setChecked(false);
+    QVERIFY(header->isAllChecked()); // mixed: stays
+    header->toggle();
+    QCOMPARE(ui.tblStatus->rowCount(), 0);
+    header->toggle();
+    QCOMPARE(ui.tblStatus->rowCount(), 3);
+    QVERIFY(header->isAllChecked());
+    // A new list begins without marks.
+    const NDIlib_source_t source{"NEW", nullptr};
+    test.window->getNDISource(&source, 1);
+    QVERIFY(!header->isAllChecked());
+    QCOMPARE(ui.tblStatus->rowCount(), 0);
+    QCOMPARE(ui.sourceTable->rowCount(), 1);
+    QVERIFY(!test.check(0)->isChecked());
+}
+
+void TestNdiWindow::singleTestRunsItsTime()
+{
+    WindowCase test(2, 400);
+    QVERIFY(test.isReady(2));
+    const Ui::NDIWindow &ui = test.ui();
+    test.ndi.setScript(framesWithoutEnd());
+    ui.sourceList->setCurrentIndex(1);
+    ui.threadCount->setCurrentIndex(1); // two receivers
+    QSignalSpy fpsMeta(test.window.get(), &NDIWindow::fpsSetMetaInfo);
+    QSignalSpy pingMeta(test.window.get(), &NDIWindow::pingSetMetaInfo);
+    QSignalSpy rateMeta(test.window.get(), &NDIWindow::dataRateSetMetaInfo);
+    QSignalSpy frames(test.window.get(), &NDIWindow::frameRender);
+    test.press();
+    QCOMPARE(ui.btn_test->text(), QStringLiteral("STOP"));
+    QCOMPARE(usable(ui), words("test single source receivers preview"));
+    QCOMPARE(fpsMeta.takeFirst(), (QVariantList{60, 90, 2}));
+    QCOMPARE(pingMeta.takeFirst(), (QVariantList{60, 10, 2}));
+    QVERIFY(rateMeta.isEmpty());
+    QCOMPARE(ui.cmbPreviewSources->count(), 2);
+    QCOMPARE(ui.cmbPreviewSources->currentText(), QStringLiteral("2"));
+    QCOMPARE(ui.cmbPreviewSources->currentData().toInt(), 1);
+    QVERIFY(ui.widPreviewWrapper->isVisible() && !ui.lblDefaultImage->isVisible());
+
+    QTRY_VERIFY(frames.count() > 20);
+    QVERIFY(ui.L4->text().endsWith(QStringLiteral("fps")));
+    QVERIFY(ui.L8->text().endsWith(QStringLiteral(" ms")));
+    QCOMPARE(ui.label_videoFPS->text(), QStringLiteral("59")); // without unit during a test
+    QTRY_VERIFY_WITH_TIMEOUT(test.isIdle(), 10000);
+
+    QCOMPARE(usable(ui), words("test time single multiple analysis refresh import export import1 export1 source "
+                               "receivers preview")); // no benchmark after a test that ended by itself
+    QCOMPARE(ui.fpsPlot->plainPoints(0).size() + ui.fpsPlot->plainPoints(1).size(), std::size_t(frames.count()));
+    QCOMPARE(ui.pingPlot->plainPoints(0).size(), ui.fpsPlot->plainPoints(0).size());
+    QCOMPARE(ui.cmbPreviewSources->count(), 1);
+    QVERIFY(!ui.widPreviewWrapper->isVisible() && ui.lblDefaultImage->isVisible());
+    const QStringList lines = recordLines();
+    QCOMPARE(lines.first(), recordHeader());
+    QCOMPARE(lines.size() - 2, frames.count()); // header, and nothing behind the last line end
+    QVERIFY(lines.at(1).startsWith(QStringLiteral("CAM 2,1920,1080,59,")));
+    QVERIFY(QFile::remove(recordPath()));
+    QCOMPARE(test.ndi.counts().created, test.ndi.counts().destroyed);
+}
+
+void TestNdiWindow::singleTestStoppedByTheUser()
+{
+    WindowCase test(1);
+    QVERIFY(test.isReady(1));
+    const Ui::NDIWindow &ui = test.ui();
+    test.ndi.setScript(framesWithoutEnd());
+    QSignalSpy frames(test.window.get(), &NDIWindow::frameRender);
+    test.press();
+    QTRY_VERIFY(frames.count() > 10);
+    test.press();
+    const int counted = frames.count();
+    QCOMPARE(recordLines().size() - 2, counted); // written at once
+    test.press();                                // while receivers end: nothing more happens
+    QTRY_VERIFY(test.isIdle());
+    QCOMPARE(usable(ui), words(allControls));
+    QCOMPARE(frames.count(), counted); // late frames do not count
+    QVERIFY(QFile::remove(recordPath()));
+    // And again.
+    test.press();
+    QCOMPARE(ui.btn_test->text(), QStringLiteral("STOP"));
+    QTRY_VERIFY(frames.count() > counted);
+    test.press();
+    QTRY_VERIFY(test.isIdle());
+    QVERIFY(QFile::remove(recordPath()));
+}
+
+void TestNdiWindow::multipleTestRunsItsTime()
+{
+    WindowCase test(4, 400);
+    QVERIFY(test.isReady(4));
+    const Ui::NDIWindow &ui = test.ui();
+    test.choose(ui.multiOption);
+    test.ndi.setScript(framesWithoutEnd());
+    test.check(1)->setChecked(true);
+    test.check(3)->setChecked(true);
+    QSignalSpy fpsMeta(test.window.get(), &NDIWindow::fpsSetMetaInfo);
+    QSignalSpy pingMeta(test.window.get(), &NDIWindow::pingSetMetaInfo);
+    QSignalSpy rateMeta(test.window.get(), &NDIWindow::dataRateSetMetaInfo);
+    QSignalSpy labels(test.window.get(), &NDIWindow::setGraphLabel);
+    QSignalSpy frames(test.window.get(), &NDIWindow::frameRender);
+    test.press();
+    QCOMPARE(usable(ui), words("test multiple source receivers preview"));
+    QCOMPARE(fpsMeta.takeFirst(), (QVariantList{60, 60, 2}));
+    QCOMPARE(rateMeta.takeFirst(), (QVariantList{60, 100, 2}));
+    QCOMPARE(pingMeta.takeFirst(), (QVariantList{60, 10, 2}));
+    QCOMPARE(labels.count(), 2);
+    QCOMPARE(labels.at(1), (QVariantList{1, QStringLiteral("4")}));
+    QCOMPARE(ui.cmbPreviewSources->count(), 3);
+    QCOMPARE(ui.cmbPreviewSources->currentData().toInt(), 1);
+    QTRY_VERIFY(ui.tblStatus->item(0, 2) && ui.tblStatus->item(1, 3));
+    QVERIFY(ui.tblStatus->item(0, 2)->text().endsWith(QStringLiteral("fps")));
+    QVERIFY(ui.tblStatus->item(1, 3)->text().endsWith(QStringLiteral("ms")));
+    test.check(1)->setChecked(false); // the table is rebuilt under the running test
+    QTRY_VERIFY_WITH_TIMEOUT(test.isIdle(), 10000);
+    const QStringList lines = recordLines();
+    QCOMPARE(lines.size() - 2, frames.count());
+    QVERIFY(lines.filter(QStringLiteral("CAM 2,")).size() > 5);
+    QVERIFY(lines.filter(QStringLiteral("CAM 4,")).size() > 5);
+    QVERIFY(QFile::remove(recordPath()));
+}
+
+void TestNdiWindow::nothingToTestStartsNothing_data()
+{
+    QTest::addColumn<int>("sources");
+    QTest::addColumn<QString>("mode");
+    QTest::newRow("single without sources") << 0 << QStringLiteral("singleOption");
+    QTest::newRow("multiple without sources") << 0 << QStringLiteral("multiOption");
+    QTest::newRow("multiple without ticks") << 3 << QStringLiteral("multiOption");
+    QTest::newRow("analysis without sources") << 0 << QStringLiteral("analysisOption");
+}
+
+void TestNdiWindow::nothingToTestStartsNothing()
+{
+    QFETCH(int, sources);
+    QFETCH(QString, mode);
+    WindowCase test(sources, 60000, true);
+    QVERIFY(test.isReady(sources));
+    test.choose(test.window->findChild<QRadioButton *>(mode));
+    const QStringList before = usable(test.ui());
+    test.press();
+    QCOMPARE(test.ui().btn_test->text(), QStringLiteral("TEST"));
+    QCOMPARE(usable(test.ui()), before);
+}
+
+void TestNdiWindow::receiversThatEndByThemselves()
+{
+    WindowCase test(1);
+    QVERIFY(test.isReady(1));
+    test.ndi.setScript({hd60, hd60, hd60, errorFrame});
+    const QString before = recordPath();
+    test.ui().threadCount->setCurrentIndex(7);
+    test.press();
+    QTRY_VERIFY(test.isIdle());
+    QCOMPARE(recordLines().size() - 2, 24);
+    QVERIFY(QFile::remove(recordPath()));
+    Q_UNUSED(before)
+    QVERIFY(!test.ui().benchmarkOption->isEnabled());
+}
+
+void TestNdiWindow::framesWithoutVideoDrawZeros()
+{
+    WindowCase test(2);
+    QVERIFY(test.isReady(2));
+    test.choose(test.ui().multiOption);
+    test.ndi.setScript({});
+    test.check(0)->setChecked(true);
+    test.press();
+    QSignalSpy frames(test.window.get(), &NDIWindow::frameRender);
+    test.window->sourceFrameReceived(59.94, 1234, 0, 59.0, 0, 0, 0, 16, 0, 0);
+    QCOMPARE(frames.takeFirst(), (QVariantList{0, 1234, 0.0}));
+    QCOMPARE(test.ui().tblStatus->item(0, 2)->text(), QStringLiteral("0fps"));
+    QCOMPARE(test.ui().tblStatus->item(0, 3)->text(), QStringLiteral("0ms"));
+    test.window->sourceFrameReceived(59.94, 1250, 0, 59.0, 1920, 1080, 0, 16, 0, 7); // no such row
+    QCOMPARE(test.ui().tblStatus->rowCount(), 1);
+    test.press();
+    QCOMPARE(recordLines().size() - 2, 1);
+    QVERIFY(QFile::remove(recordPath()));
+    QTRY_VERIFY(test.isIdle());
+}
+
+void TestNdiWindow::framesAfterTheEndAreDropped()
+{
+    WindowCase test(1);
+    QVERIFY(test.isReady(1));
+    QSignalSpy frames(test.window.get(), &NDIWindow::frameRender);
+    test.ui().L4->setText(QStringLiteral("before"));
+    test.window->sourceFrameReceived(59.94, 1250, 0, 59.0, 1920, 1080, 0, 16, 0, 0);
+    QCOMPARE(frames.count(), 0);
+    QCOMPARE(test.ui().L4->text(), QStringLiteral("before"));
+    QCOMPARE(test.ui().cmbPreviewSources->currentText(), QStringLiteral("NONE"));
+}
+
+void TestNdiWindow::aNewListDuringATest()
+{
+    WindowCase test(3);
+    QVERIFY(test.isReady(3));
+    test.ndi.setScript(framesWithoutEnd());
+    test.ui().sourceList->setCurrentIndex(2);
+    QSignalSpy frames(test.window.get(), &NDIWindow::frameRender);
+    test.press();
+    QTRY_VERIFY(frames.count() > 3);
+    const NDIlib_source_t other{"OTHER", nullptr};
+    test.window->getNDISource(&other, 1);
+    const int before = frames.count();
+    QTRY_VERIFY(frames.count() > before + 3);
+    test.press();
+    const QStringList lines = recordLines();
+    QCOMPARE(lines.filter(QStringLiteral("CAM 3,")).size(), lines.size() - 2);
+    QVERIFY(QFile::remove(recordPath()));
+    QTRY_VERIFY(test.isIdle());
+}
+
+void TestNdiWindow::analysisWithoutToolIsRefused_data()
+{
+    QTest::addColumn<bool>("accept");
+    QTest::addColumn<QString>("after");
+    QTest::newRow("OK goes to SINGLE") << true << QStringLiteral("singleOption");
+    QTest::newRow("closing the box goes back") << false << QStringLiteral("multiOption");
+}
+
+void TestNdiWindow::analysisWithoutToolIsRefused()
+{
+    QFETCH(bool, accept);
+    QFETCH(QString, after);
+    WindowCase test(1);
+    QVERIFY(test.isReady(1));
+    test.choose(test.ui().multiOption);
+    NextDialog box([accept](QDialog *dialog) { accept ? dialog->accept() : dialog->reject(); });
+    test.choose(test.ui().analysisOption);
+    QVERIFY(box.seen);
+    QVERIFY(test.window->findChild<QRadioButton *>(after)->isChecked());
+    QCOMPARE(test.ui().CentralContainer->currentIndex(), 0);
+}
+
+void TestNdiWindow::analysisWithoutSamplesEnds()
+{
+    WindowCase test(1, 60000, true);
+    QVERIFY(test.isReady(1));
+    const Ui::NDIWindow &ui = test.ui();
+    test.choose(ui.analysisOption);
+    QSignalSpy rateMeta(test.window.get(), &NDIWindow::dataRateSetMetaInfo);
+    test.press();
+    QCOMPARE(rateMeta.takeFirst(), (QVariantList{60, 100, 1}));
+    QCOMPARE(ui.btn_test->text(), QStringLiteral("STOP"));
+    QCOMPARE(usable(ui), words("analysis source receivers"));
+    QVERIFY(ui.waiting_spinner->isVisible() && !ui.progress_viewer->isVisible());
+    QTRY_VERIFY(test.isIdle()); // there is no tool behind this run
+    QVERIFY(!ui.waiting_spinner->isVisible() && ui.progress_viewer->isVisible());
+    QVERIFY(ui.btn_test->isEnabled() && ui.benchmarkOption->isEnabled());
+}
+
+void TestNdiWindow::analysisRunsFromItsFirstSample()
+{
+    WindowCase test(1, 300, true);
+    QVERIFY(test.isReady(1));
+    const Ui::NDIWindow &ui = test.ui();
+    test.choose(ui.analysisOption);
+    test.press();
+    QSignalSpy rates(test.window.get(), &NDIWindow::dataRateRender);
+    QSignalSpy sizes(test.window.get(), &NDIWindow::videoSizeRender);
+    test.window->gotVideoDataRate(QTime(10, 0, 0), 6.7975);
+    QVERIFY(!ui.waiting_spinner->isVisible() && ui.progress_viewer->isVisible());
+    QCOMPARE(ui.lblDataRateValue->text(), QStringLiteral("6.7975MBps"));
+    QCOMPARE(rates.takeFirst(), (QVariantList{0, 0, 6.7975}));
+    test.window->gotVideoSize(QTime(10, 0, 0, 250), 0.2, 9.75, 1.5);
+    QCOMPARE(ui.lblLatencyValue->text(), QStringLiteral("Avg: 1.5mS  Min: 0.2mS  Max: 9.75mS"));
+    QCOMPARE(sizes.takeFirst(), (QVariantList{0, 250, 0.2, 9.75, 1.5}));
+    QCOMPARE(ui.analysis_latency_plot->averagePoints(0)[0], QPointF(250, 1.5));
+    QCOMPARE(ui.analysis_data_plot->plainPoints(0)[0], QPointF(0, 6.7975));
+    QTRY_VERIFY(test.isIdle());
+    QVERIFY(ui.btn_test->isEnabled() && ui.benchmarkOption->isEnabled());
+}
+
+void TestNdiWindow::exportAndImport()
+{
+    WindowCase test(1);
+    QVERIFY(test.isReady(1));
+    const Ui::NDIWindow &ui = test.ui();
+    emit test.window->fpsSetMetaInfo(60, 90, 2);
+    emit test.window->pingSetMetaInfo(60, 10, 2);
+    for (int i = 0; i < 50; ++i) {
+        emit test.window->frameRender(i % 2, i * 100, 59.94);
+        emit test.window->pingRender(i % 2, i * 100, 16.0 + i);
+    }
+    const QString path = m_home.filePath(QStringLiteral("test.vdf"));
+    test.choose(ui.multiOption);
+    NextDialog save([&](QDialog *dialog) { chooseFile(dialog, path); });
+    ui.btn_export1->click();
+    QVERIFY(save.seen);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray content = file.readAll();
+    QVERIFY(content.startsWith("MULTITEST\nFPSCHART\n60 90\n2\n25\n0 59.94\n200 59.94\n"));
+    QVERIFY(content.contains("PINGCHART\n60 70\n2\n25\n0 16\n"));
+
+    // Other charts and another mode, and back to what was exported.
+    test.choose(ui.singleOption);
+    emit test.window->fpsSetMetaInfo(300, 60, 1);
+    emit test.window->pingSetMetaInfo(300, 10, 1);
+    NextDialog ask([&](QDialog *dialog) { openReport(dialog, path); });
+    ui.btn_import1->click();
+    QVERIFY(ask.seen);
+    QTRY_VERIFY(ui.multiOption->isChecked());
+    QCOMPARE(ui.SourceContainer->currentIndex(), 1);
+    QVERIFY(ui.btn_import->property("selected").toBool() && ui.btn_import1->property("selected").toBool());
+    QCOMPARE(ui.fpsPlot->seriesCount(), 2);
+    QCOMPARE(ui.fpsPlot->axisLengthS(), 60.0);
+    QCOMPARE(ui.fpsPlot->axisTop(), 90.0);
+    QCOMPARE(ui.fpsPlot->plainPoints(1).size(), std::size_t(25));
+    QCOMPARE(ui.pingPlot->plainPoints(1)[24], QPointF(4900, 65));
+    test.choose(ui.singleOption);
+    test.press(); // a test ends the revision
+    QVERIFY(!ui.btn_import->property("selected").toBool());
+    test.press();
+    QTRY_VERIFY(test.isIdle());
+}
+
+void TestNdiWindow::importOfAnAnalysis_data()
+{
+    QTest::addColumn<bool>("toolThere");
+    QTest::newRow("with the tool") << true;
+    QTest::newRow("without the tool nothing is read") << false;
+}
+
+void TestNdiWindow::importOfAnAnalysis()
+{
+    QFETCH(bool, toolThere);
+    const QString path = m_home.filePath(QStringLiteral("analysis.vdf"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("ANALYSISTEST\nLATENCYCHART\n60 100\n1\n1\n0 1.5 9.75 0.25\nDATARATECHART\n60 100\n1\n1\n0 6.5\n");
+    file.close();
+    WindowCase test(1, 60000, toolThere);
+    QVERIFY(test.isReady(1));
+    NextDialog ask([&](QDialog *dialog) { openReport(dialog, path); });
+    test.ui().btn_import1->click();
+    QVERIFY(test.ui().btn_import->property("selected").toBool());
+    QCOMPARE(test.ui().analysisOption->isChecked(), toolThere);
+    QCOMPARE(test.ui().analysis_latency_plot->seriesCount(), toolThere ? 1 : 0);
+    if (!toolThere)
+        return;
+    QCOMPARE(test.ui().analysis_latency_plot->maximumPoints(0)[0], QPointF(0, 9.75));
+    QCOMPARE(test.ui().analysis_data_plot->plainPoints(0)[0], QPointF(0, 6.5));
+}
+
+void TestNdiWindow::cancelledDialogsChangeNothing()
+{
+    WindowCase test(1);
+    QVERIFY(test.isReady(1));
+    NextDialog box([](QDialog *dialog) { dialog->reject(); });
+    test.ui().btn_import1->click();
+    QVERIFY(box.seen);
+    NextDialog files([](QDialog *dialog) { dialog->reject(); });
+    test.ui().btn_export1->click();
+    QVERIFY(files.seen);
+    QVERIFY(!test.ui().btn_import->property("selected").toBool());
+    QVERIFY(test.ui().singleOption->isChecked());
+}
+
+void TestNdiWindow::runtimeThatDoesNotStart()
+{
+    expectWarning(QStringLiteral("Could not parse stylesheet"));
+    expectScreenWarnings();
+    FakeNdi ndi;
+    ndi.setInitializeFails(true);
+    QString text;
+    QString title;
+    NextDialog box([&](QDialog *dialog) {
+        auto *message = qobject_cast<QMessageBox *>(dialog);
+        if (message) {
+            text = message->text();
+            title = message->windowTitle();
+        }
+        dialog->accept();
+    });
+    NDIWindow window;
+    QSignalSpy closed(&window, &NDIWindow::closeWindow);
+    QVERIFY(box.seen);
+    QCOMPARE(text, QStringLiteral("Can not initialize NDI Lib"));
+    QCOMPARE(title, QStringLiteral("Error"));
+    QTRY_COMPARE(closed.count(), 1);
+}
+
+void TestNdiWindow::closing_data()
+{
+    QTest::addColumn<QString>("state");
+    QTest::newRow("while searching") << QStringLiteral("searching");
+    QTest::newRow("idle") << QStringLiteral("idle");
+    QTest::newRow("single test") << QStringLiteral("single");
+    QTest::newRow("stopping") << QStringLiteral("stopping");
+    QTest::newRow("analysis") << QStringLiteral("analysis");
+}
+
+void TestNdiWindow::closing()
+{
+    QFETCH(QString, state);
+    WindowCase test(2, 60000, true);
+    QSignalSpy closed(test.window.get(), &NDIWindow::closeWindow);
+    QSignalSpy frames(test.window.get(), &NDIWindow::frameRender);
+    if (state != QLatin1String("searching"))
+        QVERIFY(test.isReady(2));
+    if (state == QLatin1String("single") || state == QLatin1String("stopping")) {
+        test.ndi.setScript(framesWithoutEnd());
+        test.press();
+        QTRY_VERIFY(frames.count() > 5);
+    }
+    if (state == QLatin1String("stopping"))
+        test.press();
+    if (state == QLatin1String("analysis")) {
+        test.choose(test.ui().analysisOption);
+        test.press();
+    }
+    QElapsedTimer clock;
+    clock.start();
+    test.window->requestClose();
+    test.window->requestClose(); // once is enough
+    QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(closed.count(), 1);
+    if (frames.count() > 0) {
+        QCOMPARE(recordLines().size() - 2, frames.count());
+        QVERIFY(QFile::remove(recordPath()));
+    }
+    test.window.reset();
+    QCOMPARE(test.ndi.counts().created, test.ndi.counts().destroyed);
+    QCOMPARE(test.ndi.counts().findersCreated, test.ndi.counts().findersDestroyed);
+    QCOMPARE(test.ndi.counts().libraryLeft, 1);
+}
+
+QTEST_MAIN(TestNdiWindow)
+#include "tst_ndiwindow.moc"
