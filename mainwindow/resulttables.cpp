@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int sourceSection = 30;                                        // px, at least
+constexpr int leastSection = 30;                                         // px, at least
 constexpr int sourceRowHeight = 20;                                      // px
 constexpr std::array<int, 7> detailWidths{40, 500, 140, 60, 60, 60, 60}; // px
 constexpr int numberWidth = 50;                                          // px, in the table of tests
@@ -32,6 +32,7 @@ void setUpHeaders(QTableWidget *table, const QStringList &titles)
     header->setFixedHeight(CustomHeader::headerHeight);
     header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     header->setHighlightSections(false);
+    header->setMinimumSectionSize(leastSection); // a style's own may be larger than the widths that are set
 }
 
 QTableWidgetItem *plainItem(const QString &text)
@@ -56,8 +57,7 @@ CustomHeader *setUpSourceTable(QtCustomTableWidget *table)
     auto *header = new CustomHeader(Qt::Horizontal, table);
     table->setHorizontalHeader(header);
     setUpHeaders(table, {QString(), numberText, sourceNameText});
-    header->setMinimumSectionSize(sourceSection); // first: the style's least size may be larger
-    header->setDefaultSectionSize(sourceSection);
+    header->setDefaultSectionSize(leastSection);
     header->setStretchLastSection(true);
     header->setSectionResizeMode(QHeaderView::Fixed);
     table->verticalHeader()->setMinimumSectionSize(sourceRowHeight);

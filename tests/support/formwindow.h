@@ -3,6 +3,7 @@
 #include "mainwindow/ndiwindowform.h"
 #include "resources/fonts.h"
 #include "resources/vexaresources.h"
+#include "tests/support/testbase.h"
 
 #include <QApplication>
 #include <QMainWindow>
@@ -14,6 +15,8 @@ class FormWindow final : public QMainWindow {
 public:
     FormWindow()
     {
+        // Wine cannot scale window frames, and Qt says so each time.
+        TestBase::expectWarning(QStringLiteral("EnableNonClientDpiScaling() failed"));
         form.setupUi(this);
         setAttribute(Qt::WA_DontShowOnScreen);
     }
