@@ -42,8 +42,9 @@ void MachineTabs::showInfoTab(int index)
                                      : QStringLiteral("background-color:#1a1a1a;color:#424242;border:none;"
                                                       "border-top-left-radius:5px;border-top-right-radius:5px;");
         tab.button->setStyleSheet(QStringLiteral("#%1{%2}").arg(tab.button->objectName(), look));
-        tab.pane->setVisible(inFront);
+        tab.pane->hide(); // all of them first: two at a time would make the window grow
     }
+    tabs[chosen].pane->show();
 }
 
 void MachineTabs::fill()

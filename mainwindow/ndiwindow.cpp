@@ -27,10 +27,13 @@
 #include <QEventLoop>
 #include <QHBoxLayout>
 #include <QMessageBox>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QStyle>
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace {
 
@@ -95,9 +98,15 @@ NDIWindow::NDIWindow(NDIWindowParts parts, QWidget *parent)
     testTimer.setSingleShot(true);
     testTimer.setTimerType(Qt::PreciseTimer);
 
-    for (CustomPlot *chart :
-         {ui->fpsPlot, ui->dataPlot, ui->pingPlot, ui->analysis_latency_plot, ui->analysis_data_plot})
+    const std::array<std::pair<CustomPlot *, QString>, 5> charts{{{ui->fpsPlot, tr("FPS")},
+                                                                  {ui->dataPlot, tr("DATA RATE")},
+                                                                  {ui->pingPlot, tr("FRAME LENGTH")},
+                                                                  {ui->analysis_latency_plot, tr("LATENCY")},
+                                                                  {ui->analysis_data_plot, tr("DATA RATE")}}};
+    for (const auto &[chart, title] : charts) {
+        chart->setTitle(title);
         chart->setupLayout();
+    }
     orderFocus(*ui);
     m_previewFeed = std::make_unique<PreviewFeed>(ui->vidGlPreview);
     m_previewChoice = std::make_unique<PreviewChoice>(ui->cmbPreviewSources, ui->vidGlPreview, ui->widPreviewWrapper,
@@ -185,6 +194,12 @@ void NDIWindow::connectSignals()
     connect(ui->btn_test, &QToolButton::clicked, this, &NDIWindow::startStopTest);
     connect(ui->loadTrack, &CpuGpuTrack::finished, this, &NDIWindow::trackFinished);
     connect(ui->btn_benchmark, &QToolButton::clicked, this, &NDIWindow::startBenchmark);
+
+    // Not a shortcut of the button: that would go with its text.
+    auto *const startStop = new QShortcut(QKeySequence(Qt::CTRL + Qt::Key_Return), this);
+    connect(startStop, &QShortcut::activated, ui->btn_test, [this] { ui->btn_test->click(); });
+    ui->btn_test->setToolTip(tr("Starts a test in the chosen mode, or stops it and writes its record (%1)")
+                                 .arg(startStop->key().toString()));
 
     connect(this, &NDIWindow::frameRender, ui->fpsPlot, &CustomPlot::appendNewData);
     connect(this, &NDIWindow::dataRateRender, ui->dataPlot, &CustomPlot::appendNewData);
@@ -503,6 +518,7 @@ bool NDIWindow::startSingle()
     beginRun();
     emit fpsSetMetaInfo(lengthS, singleFpsTop, receivers);
     emit pingSetMetaInfo(lengthS, latencyTop, receivers);
+    orderFocus(*ui); // the legends have new buttons
     startSourceTest(source, receivers, 0);
     m_previewChoice->offer({{QString::number(source + 1), source}});
     ui->btn_test->setText(QStringLiteral("STOP"));
@@ -533,6 +549,7 @@ bool NDIWindow::startMultiple()
     emit fpsSetMetaInfo(lengthS, multipleFpsTop, checked.size());
     emit dataRateSetMetaInfo(lengthS, dataRateTop, checked.size());
     emit pingSetMetaInfo(lengthS, latencyTop, checked.size());
+    orderFocus(*ui);
     for (int k = 0; k < checked.size(); ++k) {
         emit setGraphLabel(k, QString::number(checked.at(k) + 1));
         startSourceTest(checked.at(k), 1, k);

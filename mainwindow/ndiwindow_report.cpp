@@ -1,6 +1,7 @@
 // Export and import of the charts: the dialogs and which charts take part.
 #include "charts/customplot.h"
 #include "mainwindow/ndiwindow.h"
+#include "mainwindow/ndiwindowform.h"
 #include "mainwindow/reportreader.h"
 #include "mainwindow/reportwriter.h"
 #include "ui_ndiwindow.h"
@@ -163,4 +164,5 @@ void NDIWindow::readReport(QIODevice &file)
                         {ReportChartKind::latency, ui->analysis_latency_plot},
                         {ReportChartKind::dataRate, ui->analysis_data_plot}});
     reader.readCharts(filler);
+    orderFocus(*ui); // the legends have new buttons
 }

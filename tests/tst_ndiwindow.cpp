@@ -46,6 +46,7 @@ void expectScreenWarnings()
 {
     TestBase::expectWarning(QStringLiteral("EnableNonClientDpiScaling() failed"));
     TestBase::expectWarning(QStringLiteral("XCB error: 8 (BadMatch)"));
+    TestBase::expectWarning(QStringLiteral("QPixmap::fromWinHICON()")); // Wine has no pictures for message boxes
 }
 
 /// A window on a scripted runtime, shown and with its first list of sources.
@@ -177,6 +178,7 @@ class TestNdiWindow final : public TestBase {
 
 private slots:
     void initTestCase();
+    void cleanupTestCase() { QDir::setCurrent(m_former); } // or the folder cannot be removed on Windows
     void startsIdleAndSingle();
     void searchResultsThatAreNoList_data();
     void searchResultsThatAreNoList();
@@ -198,6 +200,7 @@ private slots:
     void analysisWithoutToolIsRefused();
     void analysisWithoutSamplesEnds();
     void analysisRunsFromItsFirstSample();
+    void keysStartAndStop();
     void exportAndImport();
     void importOfAnAnalysis_data();
     void importOfAnAnalysis();
@@ -208,6 +211,7 @@ private slots:
 
 private:
     QTemporaryDir m_home;
+    QString m_former;
 };
 
 void TestNdiWindow::initTestCase()
@@ -216,6 +220,7 @@ void TestNdiWindow::initTestCase()
     QVERIFY(m_home.isValid());
     qputenv("HOME", m_home.path().toUtf8());
     qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+    m_former = QDir::currentPath();
     QVERIFY(QDir::setCurrent(m_home.path())); // the analysis writes its command file there
 }
 
@@ -674,6 +679,19 @@ void TestNdiWindow::exportAndImport()
     QVERIFY(!ui.btn_import->property("selected").toBool());
     test.press();
     QTRY_VERIFY(test.isIdle());
+}
+
+void TestNdiWindow::keysStartAndStop()
+{
+    WindowCase test(1);
+    QVERIFY(test.isReady(1));
+    QVERIFY(QTest::qWaitForWindowExposed(test.window.get()));
+    QApplication::setActiveWindow(test.window.get());
+    QTest::keyClick(test.window.get(), Qt::Key_Return, Qt::ControlModifier);
+    QCOMPARE(test.ui().btn_test->text(), QStringLiteral("STOP"));
+    QTest::keyClick(test.window.get(), Qt::Key_Return, Qt::ControlModifier);
+    QTRY_VERIFY(test.isIdle());
+    QVERIFY(test.ui().btn_test->toolTip().contains(QStringLiteral("Ctrl+Return")));
 }
 
 void TestNdiWindow::importOfAnAnalysis_data()
