@@ -1,6 +1,7 @@
 #include "probes/benchmarkdlg.h"
 
 #include "probes/benchmarkparser.h"
+#include "widgets/dialogtitlebar.h"
 #include "widgets/qprogressindicator.h"
 
 #include <QBoxLayout>
@@ -9,7 +10,6 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStyle>
-#include <QToolButton>
 
 namespace {
 
@@ -18,14 +18,6 @@ constexpr int mostCores = 24;  // on the bar
 constexpr int pageMargin = 66; // px, so that the notice has two lines of about the same length
 
 const char *const dialogStyle = "QDialog{\n\tbackground-color: transparent;\n}";
-const char *const titleBarStyle = "QWidget{\n\tbackground-color : #15cfbb;\n\tborder-top-left-radius: 5px; "
-                                  "border-top-right-radius: 5px;\n}";
-const char *const titleStyle = "QLabel{\n\tfont: 600 16px \"Kumbh Sans\";\n\tcolor : #ffffff;\n}";
-const char *const closeStyle = "QToolButton{\n\tborder: 1px solid transparent; border-radius: 3px;\n"
-                               "\timage: url(:/images/quit-vexa.png);\n}"
-                               "QToolButton:hover{\n\timage: url(:/images/quit-vexa-hover.png);\n}"
-                               "QToolButton:pressed{\n\timage: url(:/images/quit-vexa-gray.png);\n}"
-                               "QToolButton:focus{\n\tborder-color: #ffffff;\n}";
 const char *const bodyStyle = "QWidget#widBodyWrapper{\n\tbackground-color: #202020;\n"
                               "\tborder-bottom-left-radius: 5px; border-bottom-right-radius: 5px;\n}"
                               "QLabel{\n\tbackground-color: transparent;\n}";
@@ -122,7 +114,9 @@ BenchmarkDlg::BenchmarkDlg(int toolTimeoutMs) : m_toolTimeoutMs(toolTimeoutMs), 
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->setSizeConstraint(QLayout::SetNoConstraint); // its size is given
-    layout->addWidget(makeTitleBar());
+    const DialogTitleBar titleBar = makeDialogTitleBar(this);
+    titleBar.title->setText(tr("BENCHMARK BOX"));
+    layout->addWidget(titleBar.bar);
     layout->addWidget(body, 1);
     resize(654, 397);
 
@@ -137,27 +131,6 @@ BenchmarkDlg::BenchmarkDlg(int toolTimeoutMs) : m_toolTimeoutMs(toolTimeoutMs), 
     m_startDelay.setInterval(startDelayMs);
     connect(&m_startDelay, &QTimer::timeout, this, &BenchmarkDlg::startBenchmark);
     connect(this, &QDialog::finished, &m_startDelay, &QTimer::stop);
-    connect(m_close, &QToolButton::released, this, &QDialog::reject);
-}
-
-QWidget *BenchmarkDlg::makeTitleBar()
-{
-    auto *bar = new QWidget(this);
-    bar->setObjectName(QStringLiteral("widTitleBar"));
-    bar->setStyleSheet(QLatin1String(titleBarStyle));
-    bar->setFixedHeight(36);
-    QLabel *title = makeLabel(QStringLiteral("lblTitle"), tr("BENCHMARK BOX"), titleStyle, bar);
-    title->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    m_close = new QToolButton(bar);
-    m_close->setObjectName(QStringLiteral("btnClose"));
-    m_close->setStyleSheet(QLatin1String(closeStyle));
-    m_close->setFixedSize(24, 24);
-    m_close->setAccessibleName(tr("Close"));
-    auto *layout = new QHBoxLayout(bar);
-    layout->setContentsMargins(14, 0, 8, 0);
-    layout->addWidget(title, 1);
-    layout->addWidget(m_close);
-    return bar;
 }
 
 QWidget *BenchmarkDlg::makeStartPage()

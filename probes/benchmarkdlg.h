@@ -8,7 +8,6 @@
 class QLabel;
 class QProgressBar;
 class QProgressIndicator;
-class QToolButton;
 
 /// Runs the benchmark tool and shows its two results as bars. Three pages: a start button; work in
 /// progress; results. It is a window of its own without a frame; show it with exec(). A run is final:
@@ -31,7 +30,6 @@ public slots:
     void setFPSValue(int value);
 
 private:
-    QWidget *makeTitleBar();
     QWidget *makeStartPage();
     QWidget *makeProgressPage();
     QWidget *makeResultPage();
@@ -40,7 +38,6 @@ private:
 
     const int m_toolTimeoutMs;
     QTimer m_startDelay; ///< gives the page of the work in progress time to be painted
-    QToolButton *m_close = nullptr;
     QWidget *m_startPage = nullptr;
     QWidget *m_progressPage = nullptr;
     QWidget *m_resultPage = nullptr;

@@ -13,7 +13,6 @@ add_library(vexa_machine STATIC
   pciids.cpp pciids.h
   routetable.cpp routetable.h
   systembuild.h
-  tooloutput.cpp tooloutput.h
   uptime.cpp uptime.h
   wirelessrate.cpp wirelessrate.h)
 if(WIN32)
@@ -34,7 +33,7 @@ else()
   endif()
 endif()
 find_package(Qt5 5.15 REQUIRED COMPONENTS Gui Network)
-target_link_libraries(vexa_machine PUBLIC Qt5::Core PRIVATE Qt5::Network project_options)
+target_link_libraries(vexa_machine PUBLIC vexa_tooloutput Qt5::Core PRIVATE Qt5::Network project_options)
 
 # Display adapters and modes: the one probe that asks the application for its screens.
 add_library(vexa_display STATIC displayinfo.cpp displayinfo.h)

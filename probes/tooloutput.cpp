@@ -3,20 +3,28 @@
 #include <QDeadlineTimer>
 #include <QProcess>
 
-QByteArray toolOutput(const ToolCommand &command, const std::atomic<bool> &abort)
+ToolRun runTool(const ToolCommand &command, const std::function<bool()> &aborted)
 {
     constexpr qint64 sliceMs = 50; // how soon an abort is seen
     const QDeadlineTimer deadline(command.limit);
     QProcess tool;
     tool.setProcessChannelMode(QProcess::MergedChannels);
-    tool.setStandardInputFile(QProcess::nullDevice());
-    tool.start(command.program, command.arguments, QIODevice::ReadOnly);
-    while (tool.state() != QProcess::NotRunning && !deadline.hasExpired() && !abort)
-        tool.waitForFinished(static_cast<int>(qMin(sliceMs, deadline.remainingTime())));
+    if (!command.hasInput)
+        tool.setStandardInputFile(QProcess::nullDevice());
+    tool.start(command.program, command.arguments, command.hasInput ? QIODevice::ReadWrite : QIODevice::ReadOnly);
+    ToolRun run;
+    while (!run.hasEnded && tool.state() != QProcess::NotRunning && !deadline.hasExpired() && !aborted())
+        run.hasEnded = tool.waitForFinished(static_cast<int>(qMin(sliceMs, deadline.remainingTime())));
     if (tool.state() != QProcess::NotRunning) {
         // The destructor alone would wait up to 30 s for it.
         tool.kill();
         tool.waitForFinished(1000);
     }
-    return tool.readAllStandardOutput();
+    run.output = tool.readAllStandardOutput();
+    return run;
+}
+
+QByteArray toolOutput(const ToolCommand &command, const std::atomic<bool> &abort)
+{
+    return runTool(command, [&abort] { return abort.load(); }).output;
 }

@@ -1,5 +1,7 @@
 #include "widgets/custommessagebox.h"
 
+#include "widgets/dialogtitlebar.h"
+
 #include <QBoxLayout>
 #include <QFile>
 #include <QGuiApplication>
@@ -20,14 +22,6 @@ constexpr double furtherPointSize = 12.0;
 constexpr int errorPointSize = 20;
 
 const char *const dialogStyle = "QDialog{\n\tbackground-color: transparent;\n}";
-const char *const titleBarStyle = "QWidget{\n\tbackground-color : #15cfbb;\n\tborder-top-left-radius: 5px; "
-                                  "border-top-right-radius: 5px;\n}";
-const char *const titleStyle = "QLabel{\n\tfont: 600 16px \"Kumbh Sans\";\n\tcolor : #ffffff;\n}";
-const char *const closeStyle = "QToolButton{\n\tborder: 1px solid transparent; border-radius: 3px;\n"
-                               "\timage: url(:/images/quit-vexa.png);\n}"
-                               "QToolButton:hover{\n\timage: url(:/images/quit-vexa-hover.png);\n}"
-                               "QToolButton:pressed{\n\timage: url(:/images/quit-vexa-gray.png);\n}"
-                               "QToolButton:focus{\n\tborder-color: #ffffff;\n}";
 const char *const bodyStyle = "QWidget#widBodyWrapper{\n\tbackground-color: #202020;\n}"
                               "QLabel{\n\tbackground-color: transparent;\n}"; // whatever the parent's style says
 const char *const bottomStyle = "QWidget#widBottom{\n\tbackground-color: #202020;\n"
@@ -121,37 +115,16 @@ CustomMessageBox::CustomMessageBox(QWidget *parent) : QDialog(parent, Qt::Dialog
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->setSizeConstraint(QLayout::SetNoConstraint); // fitToTexts() has the say, also on a small screen
-    layout->addWidget(makeTitleBar());
+    const DialogTitleBar titleBar = makeDialogTitleBar(this);
+    m_title = titleBar.title;
+    layout->addWidget(titleBar.bar);
     layout->addWidget(makeBody(), 1);
     layout->addWidget(makeBottom());
 
-    setTabOrder(m_ok, m_close);
+    setTabOrder(m_ok, titleBar.close);
     m_ok->setDefault(true);
     m_ok->setFocus();
     connect(m_ok, &QPushButton::released, this, &QDialog::accept);
-    connect(m_close, &QToolButton::released, this, &QDialog::reject);
-}
-
-QWidget *CustomMessageBox::makeTitleBar()
-{
-    auto *bar = new QWidget(this);
-    bar->setObjectName(QStringLiteral("widTitleBar"));
-    bar->setStyleSheet(QLatin1String(titleBarStyle));
-    bar->setFixedHeight(36);
-    m_title = new QLabel(bar);
-    m_title->setObjectName(QStringLiteral("lblTitle"));
-    m_title->setStyleSheet(QLatin1String(titleStyle));
-    m_title->setTextFormat(Qt::PlainText);
-    m_close = new QToolButton(bar);
-    m_close->setObjectName(QStringLiteral("btnClose"));
-    m_close->setStyleSheet(QLatin1String(closeStyle));
-    m_close->setFixedSize(24, 24);
-    m_close->setAccessibleName(tr("Close"));
-    auto *layout = new QHBoxLayout(bar);
-    layout->setContentsMargins(14, 0, 8, 0);
-    layout->addWidget(m_title, 1);
-    layout->addWidget(m_close);
-    return bar;
 }
 
 QWidget *CustomMessageBox::makeBody()

@@ -40,7 +40,6 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
-    QWidget *makeTitleBar();
     QWidget *makeBody();
     QWidget *makeBottom();
     QLabel *makeText(const QString &name, double pointSize);
@@ -48,7 +47,6 @@ private:
     void fitToTexts();
 
     QLabel *m_title = nullptr;
-    QToolButton *m_close = nullptr;
     QToolButton *m_logo = nullptr;
     QLabel *m_main = nullptr;
     QLabel *m_text01 = nullptr;

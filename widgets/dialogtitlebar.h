@@ -1,0 +1,16 @@
+#pragma once
+
+class QDialog;
+class QLabel;
+class QToolButton;
+class QWidget;
+
+/// The bar at the top of a dialog without a frame: a title, and a button that rejects the dialog.
+/// All of it belongs to the dialog, which puts it where it should be. GUI thread.
+struct DialogTitleBar {
+    QWidget *bar = nullptr;       ///< widTitleBar
+    QLabel *title = nullptr;      ///< lblTitle
+    QToolButton *close = nullptr; ///< btnClose
+};
+
+DialogTitleBar makeDialogTitleBar(QDialog *dialog);
