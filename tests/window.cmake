@@ -1,2 +1,8 @@
-vexa_screen_test(ndiwindow LABEL window TIMEOUT 180 LIBS vexa_window vexa_resources)
-set_target_properties(tst_ndiwindow PROPERTIES AUTOUIC OFF) # the form is the window's
+foreach(test ndiwindow ndiwindow_sources)
+  vexa_screen_test(${test} LABEL window TIMEOUT 240 LIBS vexa_window vexa_resources vexa_tables)
+endforeach()
+vexa_screen_test(ndiwindow_tools LABEL window TIMEOUT 240
+  LIBS vexa_window vexa_resources vexa_benchmark vexa_charts standin_control)
+foreach(test ndiwindow ndiwindow_sources ndiwindow_tools)
+  set_target_properties(tst_${test} PROPERTIES AUTOUIC OFF) # the form is the window's
+endforeach()
