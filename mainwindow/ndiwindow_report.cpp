@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <map>
+#include <vector>
 
 namespace {
 
@@ -44,26 +45,52 @@ ReportChart contentsOf(const CustomPlot &chart, ReportChartKind kind)
     return contents;
 }
 
-/// Puts what a report holds into the charts.
+/// Keeps what a report holds of each chart. A later section replaces an earlier one of its chart, so only the last
+/// is ever shown: a file of nothing but sections must not have the legends built anew for each.
 class ChartFiller final : public ReportVisitor {
 public:
-    explicit ChartFiller(std::map<ReportChartKind, CustomPlot *> charts) : m_charts(std::move(charts)) {}
-
     void startChart(ReportChartKind kind, int lengthS, int top, int graphs) override
     {
-        m_charts.at(kind)->setMetaInfo(lengthS, top, graphs);
+        m_sections[kind] = {lengthS, top, graphs, {}};
     }
     void addPoint(ReportChartKind kind, int graph, int timeMs, double value) override
     {
-        m_charts.at(kind)->appendNewData(graph, timeMs, value);
+        m_sections[kind].points.push_back({graph, timeMs, value, 0.0, 0.0});
     }
     void addBand(ReportChartKind kind, int graph, int timeMs, double minimum, double maximum, double average) override
     {
-        m_charts.at(kind)->appendNewMultiData(graph, timeMs, minimum, maximum, average);
+        m_sections[kind].points.push_back({graph, timeMs, average, minimum, maximum});
+    }
+    /// Charts without a section keep what they hold.
+    void fill(const std::map<ReportChartKind, CustomPlot *> &charts) const
+    {
+        for (const auto &[kind, section] : m_sections) {
+            CustomPlot *chart = charts.at(kind);
+            chart->setMetaInfo(section.lengthS, section.top, section.graphs);
+            for (const Point &point : section.points) {
+                if (kind == ReportChartKind::latency)
+                    chart->appendNewMultiData(point.graph, point.timeMs, point.minimum, point.maximum, point.value);
+                else
+                    chart->appendNewData(point.graph, point.timeMs, point.value);
+            }
+        }
     }
 
 private:
-    std::map<ReportChartKind, CustomPlot *> m_charts;
+    struct Point {
+        int graph;
+        int timeMs;
+        double value; ///< the average of a band
+        double minimum;
+        double maximum;
+    };
+    struct Section {
+        int lengthS = 0;
+        int top = 0;
+        int graphs = 0;
+        std::vector<Point> points;
+    };
+    std::map<ReportChartKind, Section> m_sections;
 };
 
 /// The file that the user chooses, empty when none.
@@ -159,10 +186,11 @@ void NDIWindow::readReport(QIODevice &file)
     case ReportTest::none:
         break;
     }
-    ChartFiller filler({{ReportChartKind::fps, ui->fpsPlot},
-                        {ReportChartKind::ping, ui->pingPlot},
-                        {ReportChartKind::latency, ui->analysis_latency_plot},
-                        {ReportChartKind::dataRate, ui->analysis_data_plot}});
+    ChartFiller filler;
     reader.readCharts(filler);
+    filler.fill({{ReportChartKind::fps, ui->fpsPlot},
+                 {ReportChartKind::ping, ui->pingPlot},
+                 {ReportChartKind::latency, ui->analysis_latency_plot},
+                 {ReportChartKind::dataRate, ui->analysis_data_plot}});
     orderFocus(*ui); // the legends have new buttons
 }

@@ -17,6 +17,8 @@ std::optional<ReportChartKind> chartNamed(const QString &word)
     return std::nullopt;
 }
 
+constexpr int longestWord = 64;
+
 } // namespace
 
 ReportReader::ReportReader(QIODevice *device) : m_stream(device)
@@ -25,10 +27,9 @@ ReportReader::ReportReader(QIODevice *device) : m_stream(device)
     m_stream.setIntegerBase(10);
 }
 
-/// A word, or the beginning of one that is longer than any keyword.
+/// A word, or the beginning of one that is longer than any keyword: the rest is left in the stream then.
 QString ReportReader::readWord()
 {
-    constexpr int longestWord = 64;
     QString word;
     m_stream.skipWhiteSpace();
     while (word.size() < longestWord && !m_stream.atEnd()) {
@@ -39,6 +40,13 @@ QString ReportReader::readWord()
         word.append(letter);
     }
     return word;
+}
+
+void ReportReader::skipRestOfWord()
+{
+    QChar letter;
+    while (!m_stream.atEnd() && !letter.isSpace())
+        m_stream >> letter;
 }
 
 int ReportReader::readInt()
@@ -77,15 +85,17 @@ ReportTest ReportReader::readTest()
     if (word == QLatin1String("ANALYSISTEST"))
         return ReportTest::analysis;
     if (const std::optional<ReportChartKind> kind = chartNamed(word))
-        readSection(*kind, nullptr);
+        m_isOver = !readSection(*kind, nullptr);
+    else if (word.size() == longestWord)
+        skipRestOfWord();
     return ReportTest::none;
 }
 
 void ReportReader::readCharts(ReportVisitor &visitor)
 {
-    while (const std::optional<ReportChartKind> kind = chartNamed(readWord())) {
-        if (!readSection(*kind, &visitor))
-            return;
+    while (!m_isOver) {
+        const std::optional<ReportChartKind> kind = chartNamed(readWord());
+        m_isOver = !kind || !readSection(*kind, &visitor);
     }
 }
 
@@ -100,6 +110,9 @@ bool ReportReader::readSection(ReportChartKind kind, ReportVisitor *visitor)
         visitor->startChart(kind, lengthS, top, graphs);
     for (int graph = 0; graph < graphs && !atEnd(); ++graph) {
         const int points = readInt();
+        // The stream stands still before a word: the graphs to come have no points either.
+        if (m_failed >= 2)
+            break;
         for (int i = 0; i < points && !atEnd(); ++i) {
             if (!readPoint(kind, graph, visitor))
                 break;

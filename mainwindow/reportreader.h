@@ -38,6 +38,7 @@ public:
 
 private:
     QString readWord();
+    void skipRestOfWord();
     int readInt();
     double readReal();
     bool atEnd();
@@ -46,5 +47,6 @@ private:
     bool readPoint(ReportChartKind kind, int graph, ReportVisitor *visitor);
 
     QTextStream m_stream;
-    int m_failed = 0; ///< numbers in a row that were none
+    int m_failed = 0;      ///< numbers in a row that were none
+    bool m_isOver = false; ///< the rest of the file is not read
 };

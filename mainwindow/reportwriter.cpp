@@ -1,5 +1,6 @@
 #include "mainwindow/reportwriter.h"
 
+#include <QLocale>
 #include <QTextStream>
 
 #include <cmath>
@@ -69,6 +70,8 @@ void writeReport(QTextStream &stream, ReportTest test, const QVector<ReportChart
         return;
     stream.setCodec("UTF-8");
     stream.setGenerateByteOrderMark(false);
+    stream.setLocale(QLocale::c());
+    stream.reset();
     stream.setRealNumberNotation(QTextStream::SmartNotation);
     stream.setRealNumberPrecision(6);
     stream << keyword(test) << '\n';

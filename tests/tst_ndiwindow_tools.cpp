@@ -157,6 +157,8 @@ void TestNdiWindowTools::hostileReports_data()
     QTest::newRow("times that go back") << QByteArray("SINGLETEST FPSCHART 60 90 1 4 50000 60 100 5 -7 8 99999 7") << 1;
     QTest::newRow("more graphs than there are colours") << QByteArray("SINGLETEST FPSCHART 60 90 40 1 5 6") << 40;
     QTest::newRow("endless points") << QByteArray("SINGLETEST FPSCHART 60 90 1 2147483647 1 2") << 1;
+    QTest::newRow("sections without end")
+        << "SINGLETEST " + QByteArray("FPSCHART 60 90 1000 ").repeated(20000) + "FPSCHART 60 90 2 1 5 6" << 2;
     QTest::newRow("too many graphs") << QByteArray("SINGLETEST FPSCHART 60 90 2000000000") << 0;
 }
 

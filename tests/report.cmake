@@ -1,0 +1,2 @@
+vexa_test(reportreader SERIAL LABEL unit LIBS vexa_report)
+vexa_test(reportwriter LABEL unit LIBS vexa_report)
