@@ -100,7 +100,7 @@ NDIWindow::NDIWindow(NDIWindowParts parts, QWidget *parent)
 
     const std::array<std::pair<CustomPlot *, QString>, 5> charts{{{ui->fpsPlot, tr("FPS")},
                                                                   {ui->dataPlot, tr("DATA RATE")},
-                                                                  {ui->pingPlot, tr("FRAME LENGTH")},
+                                                                  {ui->pingPlot, tr("LATENCY")},
                                                                   {ui->analysis_latency_plot, tr("LATENCY")},
                                                                   {ui->analysis_data_plot, tr("DATA RATE")}}};
     for (const auto &[chart, title] : charts) {

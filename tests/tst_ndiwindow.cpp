@@ -82,6 +82,12 @@ void TestNdiWindow::startsIdleAndSingle()
     QCOMPARE(ui.tblStatus->rowCount(), 0);
     QVERIFY(!ui.analysisOption->toolTip().isEmpty()); // no tool here
     QVERIFY(!ui.label_system_val->text().isEmpty());
+    for (const CustomPlot *chart :
+         {ui.fpsPlot, ui.dataPlot, ui.pingPlot, ui.analysis_latency_plot, ui.analysis_data_plot}) {
+        const auto *title = chart->findChild<QLabel *>(QStringLiteral("nameLabel"));
+        QVERIFY2(title->sizeHint().width() <= title->maximumWidth(), qPrintable(title->text())); // not cut off
+        QVERIFY(!title->text().isEmpty());
+    }
     ui.sourceList->setCurrentIndex(2);
     QCOMPARE(ui.L2->text(), QStringLiteral("CAM 3"));
     QCOMPARE(ui.lblAnalysisProgressStatusValue->text(), QStringLiteral("CAM 3"));
