@@ -1,0 +1,3 @@
+if(NOT WIN32)
+  add_subdirectory(faults)
+endif()

@@ -8,7 +8,7 @@
 
 /// Starts the real program in a folder and a home of its own, on the loopback runtime, and keeps what
 /// it says. The process does not outlive the object.
-class ProgramRun final {
+class ProgramRun {
 public:
     /// Ways to ask a program to end. On Windows there are Interrupt, which reaches all runs of this
     /// test, and Break; elsewhere all but Break.

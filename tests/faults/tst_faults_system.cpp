@@ -1,0 +1,238 @@
+#include "tests/support/processcontrol.h"
+#include "tests/support/programrun.h"
+#include "tests/support/testbase.h"
+#include "tests/support/testrecord.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRegularExpression>
+#include <QtTest>
+
+#include <csignal>
+#include <unistd.h>
+
+namespace {
+
+const QStringList oneTest{QStringLiteral("-test"), QStringLiteral("STAGE"), QStringLiteral("-receivers"),
+                          QStringLiteral("2")};
+const QByteArray stage = R"({"sources":[{"name":"STAGE","width":640,"height":360,"rateN":50,"rateD":1}]})";
+const QByteArray notCreated = "Finished to test. But not created the recorded file(csv) by some reason!!!";
+
+/// A test under way, with its first rows.
+class TestUnderWay final : public ProgramRun {
+public:
+    TestUnderWay() : ProgramRun(oneTest)
+    {
+        setScenario(stage);
+        keepTruth();
+    }
+    bool begin()
+    {
+        start();
+        return waitForDots(50);
+    }
+    bool end()
+    {
+        interrupt(Interrupt::Interrupt);
+        return waitForFinished() && endedWith(1);
+    }
+};
+
+/// Shell lines that give the records a file system of their own of this many bytes.
+QString smallDocuments(int bytes)
+{
+    return QStringLiteral("mkdir -p \"$HOME/Documents\" && mount -t tmpfs -o size=%1 tmpfs \"$HOME/Documents\" && ")
+        .arg(bytes);
+}
+
+/// Runs the program at the end of a line of shell, in which it is "$@", as root of a name space of its own, where
+/// mounting is allowed.
+void startThroughShell(ProgramRun *run, const QString &line)
+{
+    run->startThrough(QStringLiteral("unshare"),
+                      {geteuid() == 0 ? QStringLiteral("-m") : QStringLiteral("-rm"), QStringLiteral("bash"),
+                       QStringLiteral("-c"), line, QStringLiteral("shell")});
+}
+
+} // namespace
+
+/// What the system around the program may do to it, on the program from the console.
+class TestFaultsSystem final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void runtimeOfNoUse_data();
+    void runtimeOfNoUse();
+    void runtimeThatRefuses();
+    void documentsThatTakeNothing_data();
+    void documentsThatTakeNothing();
+    void documentsFullInTheMiddle();
+    void noHome();
+    void clockThatJumps_data();
+    void clockThatJumps();
+    void stoppedForTenSeconds();
+};
+
+void TestFaultsSystem::runtimeOfNoUse_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QByteArray>("reason");
+    QByteArray narrow(QByteArray("\x7f"
+                                 "ELF\x01\x01\x01")
+                      + QByteArray(9, '\0') + QByteArray("\x03\x00\x03\x00\x01\x00\x00\x00", 8) + QByteArray(28, '\0'));
+    QTest::newRow("missing") << QByteArray() << QByteArray("libndi.so.6 (missing)");
+    QTest::newRow("a text file") << QByteArray("hello\n") << QByteArray("libndi.so.6 (not a library)");
+    QTest::newRow("for 32 bits") << narrow << QByteArray("libndi.so.6 (wrong architecture)");
+    QTest::newRow("lacks a function") << QByteArray("link") << QByteArray("lacks the function NDIlib_recv_capture_v2");
+}
+
+void TestFaultsSystem::runtimeOfNoUse()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QByteArray, reason);
+    const QTemporaryDir folder;
+    const QString library = folder.filePath(QStringLiteral("libndi.so.6"));
+    if (content == "link") {
+        QVERIFY(QFile::link(QStringLiteral(VEXA_INCOMPLETE_RUNTIME), library));
+    } else if (!content.isEmpty()) {
+        QFile file(library);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+    ProgramRun run(oneTest);
+    run.setRuntimeFolder(folder.path());
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(run.endedWith(1), run.account());
+    const QByteArray said = run.standardError();
+    QVERIFY2(said.contains("Not found NDI source [STAGE]\nNo usable NDI runtime was found;"), run.account());
+    QVERIFY2(said.contains(reason), run.account());
+}
+
+void TestFaultsSystem::runtimeThatRefuses()
+{
+    // The console program does not ask the runtime about the processor: its sources decide.
+    ProgramRun run({QStringLiteral("-findsources")});
+    run.setScenario(R"({"initialize":false,"finderFails":true})");
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(run.endedWith(1), run.account());
+    QVERIFY2(run.standardError().contains("Can not init NDI instance\n"), run.account());
+}
+
+void TestFaultsSystem::documentsThatTakeNothing_data()
+{
+    QTest::addColumn<QString>("preparation");
+    QTest::newRow("a file in the folder's place") << QStringLiteral("echo mine >\"$HOME/Documents\"; exec \"$@\"");
+    // A place where nobody may make a folder, not even root.
+    QTest::newRow("unwritable") << QStringLiteral("HOME=/proc exec \"$@\"");
+    QTest::newRow("full disk") << smallDocuments(8192)
+                                      + QStringLiteral("! head -c 100000 /dev/zero 2>&- >\"$HOME/Documents/full\" && "
+                                                       "exec \"$@\"");
+}
+
+void TestFaultsSystem::documentsThatTakeNothing()
+{
+    QFETCH(QString, preparation);
+    TestUnderWay run;
+    startThroughShell(&run, preparation);
+    QVERIFY2(run.begin(), run.account());
+    QVERIFY2(run.end(), run.account());
+    QVERIFY2(run.standardError().contains(notCreated), run.account());
+    QVERIFY2(!run.standardError().contains("Created the recorded file"), run.account());
+}
+
+void TestFaultsSystem::documentsFullInTheMiddle()
+{
+    TestUnderWay run;
+    startThroughShell(&run, smallDocuments(8192) + QStringLiteral("exec \"$@\""));
+    run.start();
+    QVERIFY2(run.waitForDots(400), run.account()); // more rows than the disk takes
+    QVERIFY2(run.end(), run.account());
+    QVERIFY2(run.standardError().contains(notCreated), run.account());
+}
+
+void TestFaultsSystem::noHome()
+{
+    TestUnderWay run;
+    run.setVariable(QStringLiteral("HOME"), QString());
+    run.setVariable(QStringLiteral("XDG_CONFIG_HOME"), QString());
+    QVERIFY2(run.begin(), run.account());
+    QVERIFY2(run.end(), run.account());
+    // Either a record at the place that it names, or the word that there is none.
+    const QString path = run.recordPath();
+    if (path.isEmpty()) {
+        QVERIFY2(run.standardError().contains(notCreated), run.account());
+    } else {
+        QCOMPARE(TestRecord::read(path).problem, QString());
+        QVERIFY(QFile::remove(path));
+    }
+}
+
+void TestFaultsSystem::clockThatJumps_data()
+{
+    QTest::addColumn<QByteArray>("jump");
+    QTest::newRow("an hour back") << QByteArray("-3600");
+    QTest::newRow("an hour forward") << QByteArray("+3600");
+}
+
+void TestFaultsSystem::clockThatJumps()
+{
+    QFETCH(QByteArray, jump);
+    const QTemporaryDir folder;
+    const QString clock = folder.filePath(QStringLiteral("clock"));
+    const auto setClock = [&clock](const QByteArray &offset) {
+        QFile file(clock);
+        return file.open(QIODevice::WriteOnly) && file.write(offset + "\n") > 0;
+    };
+    QVERIFY(setClock("+0"));
+    TestUnderWay run;
+    run.setVariable(QStringLiteral("LD_PRELOAD"),
+                    QStringLiteral("/usr/lib/x86_64-linux-gnu/faketime/libfaketimeMT.so.1"));
+    run.setVariable(QStringLiteral("FAKETIME_TIMESTAMP_FILE"), clock);
+    run.setVariable(QStringLiteral("FAKETIME_NO_CACHE"), QStringLiteral("1"));
+    run.setVariable(QStringLiteral("FAKETIME_DONT_FAKE_MONOTONIC"), QStringLiteral("1"));
+    QVERIFY2(run.begin(), run.account());
+    QVERIFY(setClock(jump));
+    QVERIFY2(run.waitForDots(300), run.account());
+    QVERIFY2(run.end(), run.account());
+    const TestRecord record = TestRecord::read(run.recordPath());
+    QCOMPARE(record.problem, QString());
+    QVERIFY(record.rows.size() >= 300);
+    for (const TestRecordRow &row : record.rows)
+        QVERIFY2(row.intervalMs >= 0 && row.intervalMs < 1000 && row.timeMs < 60000,
+                 qPrintable(QString::number(row.intervalMs)));
+    // The jump was seen: the record is named by the new time.
+    const QFileInfo file(run.recordPath());
+    const QDateTime named = QDateTime::fromString(file.completeBaseName(), QStringLiteral("'vexa_'yyyy_MM_dd_HHmmss"));
+    const qint64 differenceS = file.lastModified().secsTo(named) - jump.toInt();
+    QVERIFY2(named.isValid() && qAbs(differenceS) <= 60, qPrintable(file.fileName()));
+}
+
+void TestFaultsSystem::stoppedForTenSeconds()
+{
+    TestUnderWay run;
+    QVERIFY2(run.begin(), run.account());
+    const auto process = static_cast<pid_t>(run.process().processId());
+    QVERIFY(kill(process, SIGSTOP) == 0);
+    QTest::qWait(10000);
+    const int dotsWhileStopped = run.standardOutput().size();
+    QVERIFY(kill(process, SIGCONT) == 0);
+    QVERIFY2(run.waitForDots(dotsWhileStopped + 200), run.account());
+    QVERIFY2(run.end(), run.account());
+    const TestRecord record = TestRecord::read(run.recordPath());
+    QCOMPARE(record.problem, QString());
+    for (int receiver = 1; receiver <= 2; ++receiver) {
+        int longest = 0;
+        const QVector<TestRecordRow> rows = record.rowsOf(receiver);
+        for (const TestRecordRow &row : rows)
+            longest = qMax(longest, row.intervalMs);
+        QVERIFY2(longest >= 9500 && longest < 12000, qPrintable(QString::number(longest)));
+        QVERIFY(rows.last().fps > 40); // the rate has recovered
+    }
+}
+
+QTEST_GUILESS_MAIN(TestFaultsSystem)
+
+#include "tst_faults_system.moc"
