@@ -113,10 +113,10 @@ NDIWindow::NDIWindow(NDIWindowParts parts, QWidget *parent)
                                                       ui->lblDefaultImage);
     m_machineTabs = std::make_unique<MachineTabs>(ui.get(), m_parts.adapterProbes());
 
-    m_isInitialized = initialize();
+    const bool canStay = initialize();
     m_previewChoice->reset();
     ui->widPreviewWrapper->hide();
-    if (!m_isInitialized) {
+    if (!canStay) {
         // From the event loop, so that whoever made the window can connect first.
         QMetaObject::invokeMethod(this, &NDIWindow::close, Qt::QueuedConnection);
     }
@@ -138,7 +138,7 @@ NDIWindow::~NDIWindow()
     m_probes.reset();
     m_test.reset();
     sourceFinder.reset();
-    if (m_isInitialized)
+    if (m_isLibraryInUse)
         NDIlib_destroy();
 }
 
@@ -151,15 +151,31 @@ bool NDIWindow::initialize()
     connect(ui->sourceList, qOverload<int>(&QComboBox::currentIndexChanged), this, &NDIWindow::showSourceInfo);
     connectSignals();
 
-    if (!NDIlib_initialize()) {
-        QMessageBox::information(this, QStringLiteral("Error"), QStringLiteral("Can not initialize NDI Lib"),
-                                 QMessageBox::Ok);
-        return false;
+    if (m_parts.revisionOnly) {
+        setUpForRevisionOnly();
+    } else {
+        m_isLibraryInUse = NDIlib_initialize();
+        if (!m_isLibraryInUse) {
+            QMessageBox::information(this, QStringLiteral("Error"), QStringLiteral("Can not initialize NDI Lib"),
+                                     QMessageBox::Ok);
+            return false;
+        }
+        setUpFinder();
     }
-    setUpFinder();
     refreshSource();
     m_machineTabs->fillNetwork();
     return true;
+}
+
+void NDIWindow::setUpForRevisionOnly()
+{
+    ui->label_source->setText(tr("NO NDI RUNTIME"));
+    ui->btn_test->setEnabled(false);
+    const QString why = tr("The NDI runtime is not installed, so there are no sources to test. "
+                           "Reports can be imported. The runtime is at https://ndi.video/tools");
+    for (QWidget *control : {static_cast<QWidget *>(ui->label_source), static_cast<QWidget *>(ui->btn_refresh),
+                             static_cast<QWidget *>(ui->btn_test)})
+        control->setToolTip(why);
 }
 
 void NDIWindow::setUpFinder()
@@ -288,10 +304,12 @@ void NDIWindow::click_btn_network()
 
 void NDIWindow::refreshSource()
 {
-    if (finderThread.isRunning() || !sourceFinder || m_isClosing)
+    if (finderThread.isRunning() || m_isClosing || (!sourceFinder && !m_parts.revisionOnly))
         return;
-    ui->label_source->setText(QStringLiteral("FINDING SOURCES..."));
-    finderThread.start(QThread::InheritPriority);
+    if (sourceFinder) {
+        ui->label_source->setText(QStringLiteral("FINDING SOURCES..."));
+        finderThread.start(QThread::InheritPriority);
+    }
     const bool toolThere = m_parts.analysisToolThere();
     if (!toolThere && ui->analysisOption->isChecked())
         chooseMode(ui->singleOption);
@@ -471,6 +489,8 @@ void NDIWindow::markRevision(bool on)
 
 void NDIWindow::startStopTest()
 {
+    if (m_parts.revisionOnly)
+        return;
     if (m_test->isRunning()) {
         stopByUser();
         return;

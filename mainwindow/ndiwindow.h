@@ -37,6 +37,8 @@ struct NDIWindowParts {
     std::function<bool()> analysisToolThere;    ///< whether ANALYSIS is possible
     AnalysisRun::MakeWorker makeAnalysisWorker; ///< for each analysis
     std::function<AdapterProbes()> adapterProbes;
+    /// No NDI runtime here: reports can be looked at and that is all. The runtime is not touched.
+    bool revisionOnly = false;
 
     static NDIWindowParts ofThisMachine();
 };
@@ -113,6 +115,7 @@ private:
     void connectSignals();
     void setUpTables();
     void setUpFinder();
+    void setUpForRevisionOnly();
     void switchMode(Mode mode);
     void showBenchmarkMode();
     void refuseAnalysis();
@@ -160,7 +163,7 @@ private:
     std::unique_ptr<PreviewChoice> m_previewChoice;
     std::unique_ptr<MachineTabs> m_machineTabs;
     QAbstractButton *m_lastOption = nullptr; ///< the mode's radio button before ANALYSIS was tried
-    bool m_isInitialized = false;            ///< NDIlib_initialize() succeeded
+    bool m_isLibraryInUse = false;           ///< NDIlib_initialize() succeeded
     bool m_isClosing = false;
     int m_emptySearches = 0; ///< in a row
     bool m_isInDialog = false;

@@ -35,10 +35,6 @@ private slots:
     void analysisWithoutSamplesEnds();
     void analysisRunsFromItsFirstSample();
     void keysStartAndStop();
-    void exportAndImport();
-    void importOfAnAnalysis_data();
-    void importOfAnAnalysis();
-    void cancelledDialogsChangeNothing();
     void runtimeThatDoesNotStart();
     void closing_data();
     void closing();
@@ -477,50 +473,6 @@ void TestNdiWindow::analysisRunsFromItsFirstSample()
     QVERIFY(ui.btn_test->isEnabled() && ui.benchmarkOption->isEnabled());
 }
 
-void TestNdiWindow::exportAndImport()
-{
-    WindowCase test(1);
-    QVERIFY(test.isReady(1));
-    const Ui::NDIWindow &ui = test.ui();
-    emit test.window->fpsSetMetaInfo(60, 90, 2);
-    emit test.window->pingSetMetaInfo(60, 10, 2);
-    for (int i = 0; i < 50; ++i) {
-        emit test.window->frameRender(i % 2, i * 100, 59.94);
-        emit test.window->pingRender(i % 2, i * 100, 16.0 + i);
-    }
-    const QString path = m_home.filePath(QStringLiteral("test.vdf"));
-    test.choose(ui.multiOption);
-    NextDialog save([&](QDialog *dialog) { chooseFile(dialog, path); });
-    ui.btn_export1->click();
-    QVERIFY(save.seen);
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray content = file.readAll();
-    QVERIFY(content.startsWith("MULTITEST\nFPSCHART\n60 90\n2\n25\n0 59.94\n200 59.94\n"));
-    QVERIFY(content.contains("PINGCHART\n60 70\n2\n25\n0 16\n"));
-
-    // Other charts and another mode, and back to what was exported.
-    test.choose(ui.singleOption);
-    emit test.window->fpsSetMetaInfo(300, 60, 1);
-    emit test.window->pingSetMetaInfo(300, 10, 1);
-    NextDialog ask([&](QDialog *dialog) { openReport(dialog, path); });
-    ui.btn_import1->click();
-    QVERIFY(ask.seen);
-    QTRY_VERIFY(ui.multiOption->isChecked());
-    QCOMPARE(ui.SourceContainer->currentIndex(), 1);
-    QVERIFY(ui.btn_import->property("selected").toBool() && ui.btn_import1->property("selected").toBool());
-    QCOMPARE(ui.fpsPlot->seriesCount(), 2);
-    QCOMPARE(ui.fpsPlot->axisLengthS(), 60.0);
-    QCOMPARE(ui.fpsPlot->axisTop(), 90.0);
-    QCOMPARE(ui.fpsPlot->plainPoints(1).size(), std::size_t(25));
-    QCOMPARE(ui.pingPlot->plainPoints(1)[24], QPointF(4900, 65));
-    test.choose(ui.singleOption);
-    test.press(); // a test ends the revision
-    QVERIFY(!ui.btn_import->property("selected").toBool());
-    test.press();
-    QTRY_VERIFY(test.isIdle());
-}
-
 void TestNdiWindow::keysStartAndStop()
 {
     WindowCase test(1);
@@ -532,48 +484,6 @@ void TestNdiWindow::keysStartAndStop()
     QTest::keyClick(test.window.get(), Qt::Key_Return, Qt::ControlModifier);
     QTRY_VERIFY(test.isIdle());
     QVERIFY(test.ui().btn_test->toolTip().contains(QStringLiteral("Ctrl+Return")));
-}
-
-void TestNdiWindow::importOfAnAnalysis_data()
-{
-    QTest::addColumn<bool>("toolThere");
-    QTest::newRow("with the tool") << true;
-    QTest::newRow("without the tool nothing is read") << false;
-}
-
-void TestNdiWindow::importOfAnAnalysis()
-{
-    QFETCH(bool, toolThere);
-    const QString path = m_home.filePath(QStringLiteral("analysis.vdf"));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("ANALYSISTEST\nLATENCYCHART\n60 100\n1\n1\n0 1.5 9.75 0.25\nDATARATECHART\n60 100\n1\n1\n0 6.5\n");
-    file.close();
-    WindowCase test(1, 60000, toolThere);
-    QVERIFY(test.isReady(1));
-    NextDialog ask([&](QDialog *dialog) { openReport(dialog, path); });
-    test.ui().btn_import1->click();
-    QVERIFY(test.ui().btn_import->property("selected").toBool());
-    QCOMPARE(test.ui().analysisOption->isChecked(), toolThere);
-    QCOMPARE(test.ui().analysis_latency_plot->seriesCount(), toolThere ? 1 : 0);
-    if (!toolThere)
-        return;
-    QCOMPARE(test.ui().analysis_latency_plot->maximumPoints(0)[0], QPointF(0, 9.75));
-    QCOMPARE(test.ui().analysis_data_plot->plainPoints(0)[0], QPointF(0, 6.5));
-}
-
-void TestNdiWindow::cancelledDialogsChangeNothing()
-{
-    WindowCase test(1);
-    QVERIFY(test.isReady(1));
-    NextDialog box([](QDialog *dialog) { dialog->reject(); });
-    test.ui().btn_import1->click();
-    QVERIFY(box.seen);
-    NextDialog files([](QDialog *dialog) { dialog->reject(); });
-    test.ui().btn_export1->click();
-    QVERIFY(files.seen);
-    QVERIFY(!test.ui().btn_import->property("selected").toBool());
-    QVERIFY(test.ui().singleOption->isChecked());
 }
 
 void TestNdiWindow::runtimeThatDoesNotStart()

@@ -54,7 +54,7 @@ inline void expectScreenWarnings()
 class WindowCase {
 public:
     explicit WindowCase(int sources, int minuteMs = 60000, bool toolThere = false, int emptyListsBefore = 0,
-                        AnalysisRun::MakeWorker makeWorker = {})
+                        AnalysisRun::MakeWorker makeWorker = {}, bool revisionOnly = false)
     {
         TestBase::expectWarning(QStringLiteral("Could not parse stylesheet"));
         expectScreenWarnings();
@@ -76,6 +76,7 @@ public:
             probes.linkSpeed = [](const NetworkAdapterInfo &, const std::atomic<bool> &) { return QString(); };
             return probes;
         };
+        parts.revisionOnly = revisionOnly;
         window = std::make_unique<NDIWindow>(parts);
         window->show();
     }
