@@ -355,7 +355,8 @@ void TestHttpUploader::vanishedFileIsNotSent()
     const QString gone = writeFile(place.path(QStringLiteral("gone.dmp")), dumpBytes(1000));
     QVERIFY(QFile::remove(gone));
     uploader.uploadDump(gone);
-    QCOMPARE(messages, QStringList{gone + QStringLiteral(" cannot be sent: No such file or directory")});
+    QCOMPARE(messages.size(), 1);
+    QVERIFY(messages.first().startsWith(gone + QStringLiteral(" cannot be sent: ")));
 
     // The next one is the first that the server hears of.
     uploader.uploadDump(writeFile(place.path(QStringLiteral("there.dmp")), dumpBytes(1000)));
