@@ -34,7 +34,7 @@ Handle handleOf(std::uintptr_t number)
 } // namespace
 
 Runtime::Runtime(std::unique_ptr<const Scenario> scenario, TruthLog &truth)
-    : m_scenario(std::move(scenario)), m_truth(truth)
+    : m_scenario(std::move(scenario)), m_truth(truth), m_crash(m_scenario ? m_scenario->crash : std::nullopt)
 {
     if (!m_scenario)
         return;
@@ -51,8 +51,9 @@ Runtime::~Runtime()
     shutDown();
 }
 
-bool Runtime::initialize() const
+bool Runtime::initialize()
 {
+    m_crash.pass(CrashCall::initialize);
     return m_scenario && m_scenario->initialize;
 }
 
@@ -75,6 +76,7 @@ NDIlib_find_instance_t Runtime::createFinder()
 
 bool Runtime::waitForSources(NDIlib_find_instance_t handle, std::uint32_t timeoutMs)
 {
+    m_crash.pass(CrashCall::wait);
     const std::shared_ptr<Finder> finder = finderOf(handle);
     if (finder)
         return finder->wait(timeoutMs);
@@ -155,6 +157,7 @@ NDIlib_frame_type_e Runtime::capture(NDIlib_recv_instance_t handle, NDIlib_video
                                      NDIlib_audio_frame_v2_t *audio, NDIlib_metadata_frame_t *metadata,
                                      std::uint32_t timeoutMs)
 {
+    m_crash.pass(CrashCall::capture);
     const std::shared_ptr<Receiver> receiver = receiverOf(handle);
     if (receiver)
         return static_cast<NDIlib_frame_type_e>(receiver->capture(video, audio, metadata, timeoutMs));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "loopback/crash.h"
 #include "loopback/finder.h"
 #include "loopback/receiver.h"
 #include "loopback/scenario.h"
@@ -29,7 +30,7 @@ public:
     Runtime(const Runtime &) = delete;
     Runtime &operator=(const Runtime &) = delete;
 
-    bool initialize() const;
+    bool initialize();
     /// No frames reach any receiver after it; what was handed out stays valid.
     void shutDown();
 
@@ -63,6 +64,7 @@ private:
 
     const std::unique_ptr<const Scenario> m_scenario; ///< null: it could not be read
     TruthLog &m_truth;
+    CrashPoint m_crash;
     std::vector<std::unique_ptr<Source>> m_sources; ///< in the scenario's order; constant
     std::unordered_multimap<std::string, std::size_t> m_byName;
     std::unordered_multimap<std::string, std::size_t> m_byUrl;

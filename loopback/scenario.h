@@ -98,6 +98,16 @@ struct SourceSpec {
     std::vector<Event> events;
 };
 
+enum class CrashKind { nullWrite, abort, stackOverflow, pureVirtual };
+enum class CrashCall { initialize, wait, capture };
+
+/// A crash of the process within a call of the runtime.
+struct CrashSpec {
+    CrashKind kind = CrashKind::nullWrite;
+    CrashCall call = CrashCall::initialize;
+    std::int64_t number = 1; ///< in which of these calls, from 1
+};
+
 struct Scenario {
     bool initialize = true;
     bool finderFails = false;
@@ -108,6 +118,7 @@ struct Scenario {
     std::int64_t discoveryStepNs = 50 * kNsPerMs;
     std::int64_t discoveryBatch = 0; ///< sources per step; 0: a tenth of them, at least one
     std::int32_t queueFrames = 16;
+    std::optional<CrashSpec> crash;
     std::vector<SourceSpec> sources;
 
     /// When source `index` enters the list of a finder, in ns since the finder was made.

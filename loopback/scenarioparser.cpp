@@ -257,6 +257,19 @@ void readSource(const Json &value, const std::string &path, std::vector<SourceSp
     }
 }
 
+CrashSpec readCrash(const Json &value, const std::string &path)
+{
+    JsonObject object(value, path);
+    CrashSpec crash;
+    object.need("kind");
+    object.need("in");
+    crash.kind = static_cast<CrashKind>(object.word("kind", {"nullWrite", "abort", "stackOverflow", "pureVirtual"}, 0));
+    crash.call = static_cast<CrashCall>(object.word("in", {"initialize", "wait", "capture"}, 0));
+    crash.number = object.integer("call", 1, 1, kMostFrameNumber);
+    object.end();
+    return crash;
+}
+
 Scenario readScenario(const Json &json)
 {
     JsonObject object(json, {});
@@ -270,6 +283,8 @@ Scenario readScenario(const Json &json)
     scenario.discoveryStepNs = object.milliseconds("discoveryStepMs", scenario.discoveryStepNs);
     scenario.discoveryBatch = object.integer("discoveryBatch", 0, 0, kMostSources);
     scenario.queueFrames = object.integer32("queueFrames", scenario.queueFrames, 1, 1000);
+    if (const Json *crash = object.find("crash"))
+        scenario.crash = readCrash(*crash, object.place("crash"));
     const Json *sources = object.find("sources");
     if (sources == nullptr)
         scenario.sources = defaultScenario().sources;

@@ -52,6 +52,7 @@ void TestLoopbackScenario::emptyObjectIsTheDefault()
     QCOMPARE(scenario.connectNs, 30 * kNsPerMs);
     QCOMPARE(scenario.discoveryNs, 150 * kNsPerMs);
     QCOMPARE(scenario.queueFrames, 16);
+    QVERIFY(!scenario.crash.has_value());
     QCOMPARE(scenario.sources.size(), std::size_t{4});
     QCOMPARE(scenario.sources[0].name, std::string("LOOPBACK (1080p59.94)"));
     QCOMPARE(scenario.sources[1].name, std::string("LOOPBACK (2160p25)"));
@@ -69,7 +70,7 @@ void TestLoopbackScenario::everyKeyOfTheTopLevel()
 {
     const Scenario scenario = parsed(R"({"initialize": false, "finderFails": true, "receiverFails": true,
         "unpaced": true, "connectMs": 1.5, "discoveryMs": 7, "discoveryStepMs": 8, "discoveryBatch": 9,
-        "queueFrames": 10, "sources": []})");
+        "queueFrames": 10, "crash": {"kind": "stackOverflow", "in": "capture", "call": 11}, "sources": []})");
     QCOMPARE(scenario.initialize, false);
     QCOMPARE(scenario.finderFails, true);
     QCOMPARE(scenario.receiverFails, true);
@@ -79,6 +80,10 @@ void TestLoopbackScenario::everyKeyOfTheTopLevel()
     QCOMPARE(scenario.discoveryStepNs, 8 * kNsPerMs);
     QCOMPARE(scenario.discoveryBatch, std::int64_t{9});
     QCOMPARE(scenario.queueFrames, 10);
+    QVERIFY(scenario.crash.has_value());
+    QCOMPARE(int(scenario.crash->kind), int(CrashKind::stackOverflow));
+    QCOMPARE(int(scenario.crash->call), int(CrashCall::capture));
+    QCOMPARE(scenario.crash->number, std::int64_t{11});
     QVERIFY(scenario.sources.empty());
 }
 
@@ -276,6 +281,12 @@ void TestLoopbackScenario::mistakesAreNamedWithTheirPlace_data()
     row("half a frame", R"({"queueFrames": 1.5})", "queueFrames: must be a whole number from 1 to 1000");
     row("more than 64 bits", R"({"queueFrames": 18446744073709551615})",
         "queueFrames: must be a whole number from 1 to 1000");
+    row("crash without a kind", R"({"crash": {"in": "wait"}})", "crash.kind: is missing");
+    row("crash without a place", R"({"crash": {"kind": "abort"}})", "crash.in: is missing");
+    row("crash of no known kind", R"({"crash": {"kind": "fire", "in": "wait"}})",
+        "crash.kind: \"fire\" is not one of nullWrite, abort, stackOverflow, pureVirtual");
+    row("crash in no call", R"({"crash": {"kind": "abort", "in": "wait", "call": 0}})",
+        "crash.call: must be a whole number from 1 to 1099511627776");
     row("sources not a list", R"({"sources": {}})", "sources: must be a list");
     row("source not an object", R"({"sources": [{"name": "a"}, 1]})", "sources[1]: must be an object");
     row("source without a name", R"({"sources": [{}]})", "sources[0].name: is missing");
