@@ -1,7 +1,16 @@
 #include "crash/qbreakpadhandler.h"
 
+#include "crash/exceptionhandler.h"
+#include "crash/qbreakpadhttpuploader.h"
+
 #include <QCoreApplication>
 #include <QDir>
+
+struct QBreakpadHandler::Private {
+    ExceptionHandlerPointer exceptionHandler; ///< null until a folder was made, and in builds without a writer
+    QString dumpPath;
+    QUrl uploadUrl;
+};
 
 QBreakpadHandler *QBreakpadHandler::instance()
 {
@@ -9,6 +18,10 @@ QBreakpadHandler *QBreakpadHandler::instance()
     static QBreakpadHandler *const handler = new QBreakpadHandler;
     return handler;
 }
+
+QBreakpadHandler::QBreakpadHandler() : d(std::make_unique<Private>()) {}
+
+QBreakpadHandler::~QBreakpadHandler() = default;
 
 void QBreakpadHandler::setDumpPath(const QString &path)
 {
@@ -20,5 +33,35 @@ void QBreakpadHandler::setDumpPath(const QString &path)
         qDebug("Failed to set dump path which not exists: %s", absolutePath.toLocal8Bit().constData());
         return;
     }
-    m_dumpPath = QDir::cleanPath(absolutePath);
+    d->dumpPath = QDir::cleanPath(absolutePath);
+    // Handlers of one process stand on each other: the old one must go before the new one comes.
+    d->exceptionHandler.reset();
+    d->exceptionHandler = installExceptionHandler(d->dumpPath);
+}
+
+QString QBreakpadHandler::dumpPath() const
+{
+    return d->dumpPath;
+}
+
+void QBreakpadHandler::setUploadUrl(const QUrl &url)
+{
+    d->uploadUrl = url;
+}
+
+QUrl QBreakpadHandler::uploadUrl() const
+{
+    return d->uploadUrl;
+}
+
+void QBreakpadHandler::sendDumps()
+{
+    if (d->dumpPath.isEmpty())
+        return;
+    const QStringList dumps = QDir(d->dumpPath).entryList({QStringLiteral("*.dmp")}, QDir::Files);
+    for (const QString &name : dumps) {
+        qDebug("Sending %s", name.toLocal8Bit().constData());
+        auto *uploader = new QBreakpadHttpUploader(d->uploadUrl, this);
+        uploader->uploadDump(d->dumpPath + QLatin1Char('/') + name);
+    }
 }
