@@ -65,7 +65,8 @@ FramelessWindow::FramelessWindow(WindowSystem system, QWidget *parent)
     setAttribute(Qt::WA_DeleteOnClose);
 
     setMinimumSize(leastSize);
-    // Opaque, so that nothing below the frame is drawn when the content changes.
+    // Opaque, so that nothing below the frame is drawn when the content changes. The style sheet resets that.
+    ui->windowFrame->ensurePolished();
     QPalette palette = ui->windowFrame->palette();
     palette.setColor(QPalette::Window, QColor(16, 16, 16));
     ui->windowFrame->setPalette(palette);
@@ -216,7 +217,12 @@ void FramelessWindow::announceClose()
     if (std::exchange(m_isCloseRequested, true))
         return;
     hide();
+    // Closed once more from the receiver's event loop, the window would be deleted under the receiver.
+    setAttribute(Qt::WA_DeleteOnClose, false);
+    const QPointer<FramelessWindow> self(this);
     emit requestClose();
+    if (self)
+        setAttribute(Qt::WA_DeleteOnClose);
 }
 
 void FramelessWindow::makeShadows()
