@@ -118,6 +118,13 @@ QString ndiRuntimeProblem()
     return runtime().problem;
 }
 
+QStringList ndiRuntimeFaults()
+{
+    if (overriding.load(std::memory_order_acquire))
+        return {};
+    return runtime().faults;
+}
+
 QString ndiRuntimePath()
 {
     if (overriding.load(std::memory_order_acquire))

@@ -3,6 +3,7 @@
 #include "ndi/nditypes.h"
 
 #include <QString>
+#include <QStringList>
 
 /// The NDI runtime's functions under their own names. Each one forwards to the library that is
 /// found at run time, on the first call from any thread, and kept for the life of the process.
@@ -34,6 +35,10 @@ bool NDIlib_recv_get_performance(NDIlib_recv_instance_t receiver, NDIlib_recv_pe
 /// Why there is no runtime: one line that names every path tried and what was wrong with it.
 /// Empty when a library is in use. Opens the library when nothing has done so yet; any thread.
 QString ndiRuntimeProblem();
+
+/// The libraries that were found but are of no use, each with its reason, one line each. Empty when a library is in
+/// use and when none was found at all.
+QStringList ndiRuntimeFaults();
 
 /// Path or name of the library in use, empty when there is none; any thread.
 QString ndiRuntimePath();

@@ -75,12 +75,15 @@ LoadedRuntime loadRuntime(const QStringList &candidates)
                 runtime.library = std::move(library);
                 runtime.functions = functions;
                 runtime.path = candidate;
+                runtime.faults.clear();
                 return runtime;
             }
             reason = QCoreApplication::translate("NdiRuntime", "lacks the function %1")
                          .arg(missing.join(QLatin1String(", ")));
         }
         skipped.append(QStringLiteral("%1 (%2)").arg(QDir::toNativeSeparators(candidate), reason));
+        if (reason != missingLibraryReason())
+            runtime.faults.append(skipped.constLast().simplified());
     }
     runtime.problem = QCoreApplication::translate("NdiRuntime", "No usable NDI runtime was found; install it, or "
                                                                 "name its folder in NDI_RUNTIME_DIR_V6. Tried: %1")

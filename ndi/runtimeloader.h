@@ -12,6 +12,7 @@ struct LoadedRuntime {
     NdiFunctions functions;      ///< complete when library is set
     QString path;                ///< the candidate in use
     QString problem;             ///< one line, empty when library is set
+    QStringList faults;          ///< candidates that are there but of no use, each with its reason
 };
 
 /// What to try, in order: the folders in NDI_RUNTIME_DIR_V6 .. V3, the program's own folder, the

@@ -11,8 +11,14 @@ struct SharedLibraryCloser {
 };
 using SharedLibraryHandle = std::unique_ptr<void, SharedLibraryCloser>;
 
+/// The reason when there is no file of that name.
+inline QString missingLibraryReason()
+{
+    return QStringLiteral("missing");
+}
+
 /// Opens the library at path (a bare name: on the system's search path). On failure the handle is
-/// null and *reason holds a few words such as "missing" or "wrong architecture".
+/// null and *reason holds a few words such as missingLibraryReason() or "wrong architecture".
 SharedLibraryHandle openSharedLibrary(const QString &path, QString *reason);
 
 /// The address of an exported function, null when there is none.

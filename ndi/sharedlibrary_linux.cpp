@@ -27,7 +27,7 @@ SharedLibraryHandle openSharedLibrary(const QString &path, QString *reason)
     const QString text = error ? QString::fromLocal8Bit(error).simplified() : QString();
     // The loader names the file that it could not open first; it is ours only when it is the bare name.
     if (bareName && text.startsWith(path + QLatin1String(": cannot open shared object file")))
-        *reason = QStringLiteral("missing");
+        *reason = missingLibraryReason();
     else if (text.contains(QLatin1String("wrong ELF class")))
         *reason = QStringLiteral("wrong architecture");
     else

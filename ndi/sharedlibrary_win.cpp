@@ -32,7 +32,7 @@ SharedLibraryHandle openSharedLibrary(const QString &path, QString *reason)
     if (error == ERROR_BAD_EXE_FORMAT)
         *reason = QStringLiteral("wrong architecture");
     else if (error == ERROR_MOD_NOT_FOUND)
-        *reason = bareName ? QStringLiteral("missing") : QStringLiteral("a library that it needs is missing");
+        *reason = bareName ? missingLibraryReason() : QStringLiteral("a library that it needs is missing");
     else
         *reason = QStringLiteral("does not load, Windows error %1").arg(error);
     return nullptr;

@@ -10,7 +10,7 @@ int loadFonts(const QString &folder)
     initVexaResources();
     int registered = 0;
     const QDir fonts(folder);
-    const QStringList names = fonts.entryList({QStringLiteral("*.ttf")}, QDir::Files, QDir::Name);
+    const QStringList names = fonts.entryList({QStringLiteral("KumbhSans-*.ttf")}, QDir::Files, QDir::Name);
     for (const QString &name : names) {
         if (QFontDatabase::addApplicationFont(fonts.filePath(name)) >= 0)
             ++registered;

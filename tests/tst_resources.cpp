@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QImageReader>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QSvgRenderer>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -327,7 +328,11 @@ private slots:
         QCOMPARE(first, family);
     }
 
-    void fontsAreCounted() { QCOMPARE(loadFonts(), expectedFonts().size()); }
+    void fontsAreCounted()
+    {
+        const QStringList expected = expectedFonts().filter(QRegularExpression(QStringLiteral("^KumbhSans")));
+        QCOMPARE(loadFonts(), expected.size());
+    }
 
     void weightsOfTheWindowsFontDiffer()
     {
@@ -347,10 +352,10 @@ private slots:
     {
         QTemporaryDir folder;
         QVERIFY(folder.isValid());
-        for (const QString &name : {QStringLiteral("Empty.ttf"), QStringLiteral("Broken.ttf")}) {
+        for (const QString &name : {QStringLiteral("KumbhSans-Empty.ttf"), QStringLiteral("KumbhSans-Broken.ttf")}) {
             QFile file(folder.filePath(name));
             QVERIFY(file.open(QIODevice::WriteOnly));
-            if (name.startsWith(QLatin1Char('B')))
+            if (name.contains(QLatin1String("Broken")))
                 file.write("not a font");
         }
         QCOMPARE(loadFonts(folder.path()), 0);

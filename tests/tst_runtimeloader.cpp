@@ -129,6 +129,10 @@ void TestRuntimeLoader::everyPathTriedIsNamedWithItsReason()
                  bare);
     QVERIFY2(runtime.problem.endsWith(expected), qPrintable(runtime.problem));
     QVERIFY(!runtime.problem.contains(QLatin1Char('\n')));
+    // Those that are there, but of no use.
+    QCOMPARE(runtime.faults,
+             (QStringList{QStringLiteral("%1 (not a library)").arg(QDir::toNativeSeparators(text)),
+                          QStringLiteral("%1 (wrong architecture)").arg(QDir::toNativeSeparators(narrow))}));
 }
 
 void TestRuntimeLoader::theFirstUsableLibraryIsTaken()
@@ -138,6 +142,7 @@ void TestRuntimeLoader::theFirstUsableLibraryIsTaken()
     QVERIFY2(runtime.library, qPrintable(runtime.problem));
     QCOMPARE(runtime.path, loopback);
     QCOMPARE(runtime.problem, QString());
+    QVERIFY(runtime.faults.isEmpty());
     QVERIFY(runtime.functions.initialize());
     QVERIFY(runtime.functions.version);
     QVERIFY(runtime.functions.recvGetPerformance);
