@@ -114,7 +114,7 @@ CustomMessageBox::CustomMessageBox(QWidget *parent) : QDialog(parent, Qt::Dialog
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->setSizeConstraint(QLayout::SetNoConstraint); // fitToTexts() has the say, also on a small screen
+    layout->setSizeConstraint(QLayout::SetNoConstraint); // adjustLayout() has the say, also on a small screen
     const DialogTitleBar titleBar = makeDialogTitleBar(this);
     m_title = titleBar.title;
     layout->addWidget(titleBar.bar);
@@ -214,7 +214,7 @@ void CustomMessageBox::setMessage(const QString &main, const QString &text01, co
     texts.removeAll(QString());
     setAccessibleDescription(texts.join(QLatin1Char('\n')));
     if (isVisible())
-        fitToTexts();
+        adjustLayout();
 }
 
 void CustomMessageBox::setButtonText(const QString &text)
@@ -230,10 +230,10 @@ void CustomMessageBox::setErrorStyle()
     m_main->setStyleSheet(QLatin1String(errorTextStyle));
     m_logo->hide();
     if (isVisible())
-        fitToTexts();
+        adjustLayout();
 }
 
-void CustomMessageBox::fitToTexts()
+void CustomMessageBox::adjustLayout()
 {
     const QWidget *owner = parentWidget() ? parentWidget()->window() : nullptr;
     const QScreen *shownOn = owner ? owner->screen() : QGuiApplication::primaryScreen();
@@ -241,6 +241,7 @@ void CustomMessageBox::fitToTexts()
         return;
     const QRect room = shownOn->availableGeometry();
     ensurePolished();
+    layout()->activate();
     const TextWidths first = widthsOfRow(*m_main, *m_text01);
     const TextWidths second = widthsOfRow(*m_text10, *m_text11);
     const int needed = layout()->totalMinimumSize().width(); // a long title or button text
@@ -256,6 +257,6 @@ void CustomMessageBox::fitToTexts()
 void CustomMessageBox::showEvent(QShowEvent *event)
 {
     if (!event->spontaneous())
-        fitToTexts();
+        adjustLayout();
     QDialog::showEvent(event);
 }

@@ -35,6 +35,8 @@ public:
     void setButtonText(const QString &text);
     /// The main text large and red, no logo.
     void setErrorStyle();
+    /// Gives the box the size that its texts need. Shown, it does so by itself.
+    void adjustLayout();
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -43,9 +45,6 @@ private:
     QWidget *makeBody();
     QWidget *makeBottom();
     QLabel *makeText(const QString &name, double pointSize);
-    /// Size for the texts as they are.
-    void fitToTexts();
-
     QLabel *m_title = nullptr;
     QToolButton *m_logo = nullptr;
     QLabel *m_main = nullptr;
