@@ -140,7 +140,8 @@ std::map<QByteArray, Fault> TestFaultsSources::faults()
                                          }};
     all["vanishes for ever"] = {fifty("\"endMs\":2000"), 2, false, [](const Outcome &outcome) {
                                     everyFrameIsARow(outcome);
-                                    QCOMPARE(outcome.record.rows.size(), 2 * 100);
+                                    QVERIFY(outcome.record.rows.size() <= 2 * 100
+                                            && outcome.record.rows.size() >= 2 * 90);
                                     QVERIFY(outcome.record.rows.last().timeMs < 3000);
                                 }};
     all["comes back with another size"] = {fifty("\"events\":[{\"kind\":\"vanish\",\"atMs\":2000,\"ms\":2000},"
