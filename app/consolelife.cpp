@@ -4,6 +4,7 @@
 #include "app/consoleplatform.h"
 #include "app/consolewriter.h"
 #include "app/interrupts.h"
+#include "app/journalrecovery.h"
 #include "app/ndimainobject.h"
 
 #include <QCoreApplication>
@@ -21,11 +22,20 @@ void printBanner()
     printConsoleLine(&console, stars + QLatin1Char('\n'));
 }
 
+void tellRecoveredJournals()
+{
+    StandardConsoleWriter console;
+    const QStringList lines = recoverJournals();
+    for (const QString &line : lines)
+        printConsoleLine(&console, consoleTextFromUnicode(line));
+}
+
 } // namespace
 
 int runConsole(const QStringList &arguments)
 {
     Interrupts interrupts; // first, so that no interrupt ends the process in its own way
+    tellRecoveredJournals();
     printBanner();
     NDIMainObject mainObject;
     // Direct, on the object's own thread: nothing more is printed once it wants to end.

@@ -1,0 +1,12 @@
+# Below both lives: what keeps a test's measurements over the end of the process, and the test itself.
+add_library(vexa_journal STATIC
+  journal.cpp journal.h
+  journalfile.h
+  journalformat.cpp journalformat.h
+  journalqueue.cpp journalqueue.h
+  journalrecovery.cpp journalrecovery.h)
+target_sources(vexa_journal PRIVATE $<IF:$<BOOL:${WIN32}>,journalfile_win.cpp,journalfile_linux.cpp>)
+target_link_libraries(vexa_journal PUBLIC Qt5::Core PRIVATE vexa_record project_options Threads::Threads)
+
+add_library(vexa_testrun STATIC testrecorder.cpp testrecorder.h testrun.cpp testrun.h)
+target_link_libraries(vexa_testrun PUBLIC vexa_ndi vexa_record vexa_journal PRIVATE project_options)

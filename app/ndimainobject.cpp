@@ -2,10 +2,9 @@
 
 #include "app/recordfile.h"
 #include "app/sourcediscovery.h"
+#include "app/testrun.h"
 #include "ndi/ndilib.h"
-#include "ndi/receivercontroller.h"
 
-#include <QEventLoop>
 #include <QTimer>
 
 namespace {
@@ -21,9 +20,13 @@ constexpr int noSourceAppeared = 10001;
 
 } // namespace
 
-NDIMainObject::NDIMainObject(QObject *parent) : QObject(parent), testTimer(std::make_unique<QTimer>())
+NDIMainObject::NDIMainObject(QObject *parent)
+    : QObject(parent), testTimer(std::make_unique<QTimer>()), m_test(std::make_unique<TestRun>())
 {
     worker.setObjectName(QStringLiteral("console test"));
+    connect(m_test.get(), &TestRun::frameReceived, this, &NDIMainObject::sourceFrameReceived);
+    connect(m_test.get(), &TestRun::sourceFinished, this, &NDIMainObject::sourceTestFinished);
+    m_test->moveToThread(&worker);
     moveToThread(&worker);
     worker.start(QThread::InheritPriority);
     testTimer->setSingleShot(true);
@@ -34,29 +37,17 @@ NDIMainObject::~NDIMainObject()
 {
     worker.quit();
     worker.wait();
-    if (controllers.isEmpty())
+    if (!m_test->isRunning())
         return;
-    // Controllers live on worker and need an event loop there to see their receivers off.
+    // Receivers are seen off on the thread that they report to, in its event loop.
     worker.start();
-    QEventLoop allGone;
-    int left = 0;
     QMetaObject::invokeMethod(
         this,
-        [this, &allGone, &left] {
-            left = controllers.size(); // some may have gone since worker runs again
-            for (ReceiverController *controller : qAsConst(controllers)) {
-                controller->disconnect(this);
-                connect(controller, &ReceiverController::sourceReceiverFinished, &allGone, [&allGone, &left] {
-                    if (--left == 0)
-                        allGone.quit();
-                });
-                connect(controller, &ReceiverController::sourceReceiverFinished, controller, &QObject::deleteLater);
-                controller->stopReceivers();
-            }
+        [this] {
+            m_test->disconnect(this);
+            m_test.reset();
         },
         Qt::BlockingQueuedConnection);
-    if (left > 0)
-        allGone.exec();
     worker.quit();
     worker.wait();
 }
@@ -179,17 +170,12 @@ bool NDIMainObject::startTest(const QString &name, int time, int receivers)
 
 void NDIMainObject::startReceivers(int sourceIndex, int receivers)
 {
-    rows.clear();
-    controllers.clear();
-    m_sourceNames.clear();
+    QStringList names;
     for (int i = 0; i < count; ++i)
-        m_sourceNames.append(QString::fromUtf8(sources[i].p_ndi_name));
+        names.append(QString::fromUtf8(sources[i].p_ndi_name));
     m_testEnded = false;
-    auto *const controller = new ReceiverController;
-    controllers.append(controller);
-    connect(controller, &ReceiverController::sourceFrameReceived, this, &NDIMainObject::sourceFrameReceived);
-    connect(controller, &ReceiverController::sourceReceiverFinished, this, &NDIMainObject::sourceTestFinished);
-    controller->startReceivers(sources[sourceIndex], sourceIndex, receivers, 0);
+    m_test->begin(names);
+    m_test->startSource(NdiSource(sources[sourceIndex]), sourceIndex, receivers, 0);
 }
 
 void NDIMainObject::sourceFrameReceived(double fps, int time, int format, double defaultFPS, int width, int height,
@@ -200,7 +186,7 @@ void NDIMainObject::sourceFrameReceived(double fps, int time, int format, double
     if (width == 0 && height == 0)
         return;
     m_console->writeDot();
-    rows.append(recordRow(m_sourceNames.value(sourceIndex), width, height, defaultFPS, time, indexNum, fps, ping));
+    m_test->addRow(fps, time, defaultFPS, width, height, ping, sourceIndex, indexNum);
 }
 
 void NDIMainObject::stopTest()
@@ -209,9 +195,8 @@ void NDIMainObject::stopTest()
         return;
     m_testEnded = true;
     QMetaObject::invokeMethod(testTimer.get(), &QTimer::stop, Qt::QueuedConnection); // it lives elsewhere
-    for (ReceiverController *controller : qAsConst(controllers))
-        controller->stopReceivers();
-    if (writeRecord(rows)) {
+    m_test->stopReceivers();
+    if (m_test->writeRecord()) {
         print(QStringLiteral("\nCompleted to test!!!\n"));
         printRecordCreated();
     } else {
@@ -223,23 +208,19 @@ void NDIMainObject::stopTest()
 
 void NDIMainObject::sourceTestFinished(int index)
 {
-    for (int i = controllers.size() - 1; i >= 0; --i) {
-        if (controllers.at(i)->sourceIndex == index) {
-            controllers.takeAt(i)->deleteLater(); // it is still inside its signal
-            break;
-        }
-    }
+    m_test->forget(index);
     print(QStringLiteral("Receiver [%1] has been closed.").arg(index));
-    if (!controllers.isEmpty())
+    if (m_test->isRunning())
         return;
     print(QStringLiteral("All Receivers have been closed."));
-    if (!m_testEnded && !rows.isEmpty()) {
+    if (!m_testEnded && m_test->hasRows()) {
         m_testEnded = true;
-        if (writeRecord(rows))
+        if (m_test->writeRecord())
             printRecordCreated();
         else
             printRecordFailed();
     }
+    m_test->clearRows(); // a test without rows leaves no journal
     emit quitApplication();
 }
 

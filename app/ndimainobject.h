@@ -3,7 +3,6 @@
 #include "app/consolewriter.h"
 #include "ndi/sourcelist.h"
 
-#include <QList>
 #include <QObject>
 #include <QStringList>
 #include <QThread>
@@ -11,7 +10,7 @@
 #include <memory>
 
 class QTimer;
-class ReceiverController;
+class TestRun;
 
 /// The console program: prints the usage, lists the sources, or runs one timed test and writes its
 /// record. Lives on a thread of its own, which it starts; printUsage(), findSources(), printSources()
@@ -59,14 +58,12 @@ private:
     void printRecordCreated();
     void printRecordFailed();
 
-    QList<ReceiverController *> controllers;  ///< of the running test; own thread
     const NDIlib_source_t *sources = nullptr; ///< the array of m_sourceList
     int count = 0;                            ///< its length
     std::unique_ptr<QTimer> testTimer;        ///< lives on the thread that made this object
     QThread worker;
-    QStringList rows;          ///< the record's lines so far; own thread
-    SourceList m_sourceList;   ///< from the last search
-    QStringList m_sourceNames; ///< for the record; set while no test runs
+    std::unique_ptr<TestRun> m_test; ///< lives on worker
+    SourceList m_sourceList;         ///< from the last search
     StandardConsoleWriter m_standardConsole;
     ConsoleWriter *m_console = &m_standardConsole;
     int m_minuteMs = 60000;

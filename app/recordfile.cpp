@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int writeChunkBytes = 1 << 20;
+constexpr int mostNumber = 999; // after the name of a record
 
 QString &currentRecordPath()
 {
@@ -56,6 +57,19 @@ private:
     bool m_good = true;
 };
 
+bool haveSameBytes(const QString &onePath, const QString &otherPath)
+{
+    QFile one(onePath);
+    QFile other(otherPath);
+    if (!one.open(QIODevice::ReadOnly) || !other.open(QIODevice::ReadOnly) || one.size() != other.size())
+        return false;
+    while (!one.atEnd()) {
+        if (one.read(writeChunkBytes) != other.read(writeChunkBytes))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 QString recordHeader()
@@ -73,6 +87,11 @@ QString recordRow(const QString &sourceName, int width, int height, double defau
            % comma % QString::number(intervalMs);
 }
 
+QString recordName(const QDateTime &time)
+{
+    return QLatin1String("vexa_") + QLocale::c().toString(time, QStringLiteral("yyyy_MM_dd_HHmmss"));
+}
+
 QString recordFolder()
 {
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
@@ -87,10 +106,8 @@ bool createRecordFile(const QString &name)
     if (folder.isEmpty())
         return false;
     QString baseName = name;
-    if (baseName.isEmpty()) {
-        const QDateTime now = QDateTime::currentDateTime();
-        baseName = QLatin1String("vexa_") + QLocale::c().toString(now, QStringLiteral("yyyy_MM_dd_HHmmss"));
-    }
+    if (baseName.isEmpty())
+        baseName = recordName(QDateTime::currentDateTime());
     const QString newPath = folder + QLatin1Char('/') + baseName + QLatin1String(".csv");
     QDir().mkpath(folder);
     QFile::remove(newPath);
@@ -128,6 +145,45 @@ bool appendRecordRows(const QStringList &rows)
 bool writeRecord(const QStringList &rows)
 {
     return createRecordFile(QString()) && appendRecordText(recordHeader()) && appendRecordRows(rows);
+}
+
+QString writeRecordBeside(const QString &name, const QString &partName, const std::function<bool(QString *)> &nextRow,
+                          bool *wasThere)
+{
+    *wasThere = false;
+    const QString folder = recordFolder();
+    if (folder.isEmpty())
+        return {};
+    QDir().mkpath(folder);
+    const QString partPath = folder + QLatin1Char('/') + partName;
+    QFile::remove(partPath); // of an earlier attempt
+    QFile part(partPath);
+    if (!part.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        return {};
+    RecordWriter writer(&part);
+    writer.add(recordHeader());
+    writer.addLineFeed();
+    for (QString row; nextRow(&row);) {
+        writer.add(row);
+        writer.addLineFeed();
+    }
+    const bool isWritten = writer.finish();
+    part.close();
+    for (int number = 1; isWritten && number <= mostNumber; ++number) {
+        const QString numbered = number == 1 ? name : QStringLiteral("%1_%2").arg(name).arg(number);
+        const QString path = folder + QLatin1Char('/') + numbered + QLatin1String(".csv");
+        if (QFile::exists(path)) {
+            *wasThere = haveSameBytes(partPath, path);
+            if (!*wasThere)
+                continue;
+            QFile::remove(partPath);
+            return path;
+        }
+        if (QFile::rename(partPath, path))
+            return path;
+    }
+    QFile::remove(partPath);
+    return {};
 }
 
 QString recordPath()

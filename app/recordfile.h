@@ -3,6 +3,10 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
+class QDateTime;
+
 /// The record of a test: a comma-separated text file in the user's documents folder, UTF-8 without
 /// byte order mark, lines ended by a single line feed. This file alone knows its place and format.
 /// The functions that write are for one thread at a time.
@@ -33,6 +37,17 @@ bool appendRecordRows(const QStringList &rows);
 
 /// A new record, named by the local time, of the header and these rows; recordPath() tells where.
 bool writeRecord(const QStringList &rows);
+
+/// Name, without folder and ".csv", of a record of this moment.
+QString recordName(const QDateTime &time);
+
+/// A record beside the current one, which it leaves alone: the header and the rows that nextRow gives until
+/// it returns false. name: as recordName(); when a file of that name is there already, another one of a
+/// number after the name, unless the file is the same to the byte. partName: name of the file in which it
+/// is put together, unique to this record. *wasThere: whether the very same file was there. Full path;
+/// empty when it could not be written.
+QString writeRecordBeside(const QString &name, const QString &partName, const std::function<bool(QString *)> &nextRow,
+                          bool *wasThere);
 
 /// Full path of the current record, empty when there is none.
 QString recordPath();

@@ -1,5 +1,6 @@
 #include "mainwindow/ndiwindow.h"
 
+#include "app/testrun.h"
 #include "charts/cpugputrack.h"
 #include "charts/customplot.h"
 #include "charts/previewfeed.h"
@@ -11,7 +12,6 @@
 #include "mainwindow/previewchoice.h"
 #include "mainwindow/qtcustomtablewidget.h"
 #include "mainwindow/resulttables.h"
-#include "mainwindow/testrun.h"
 #include "mainwindow/videoformat.h"
 #include "ndi/ndilib.h"
 #include "ndi/sourcefinder.h"

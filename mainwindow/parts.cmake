@@ -4,6 +4,5 @@ add_library(vexa_windowparts STATIC
   formatprobes.cpp formatprobes.h
   previewchoice.cpp previewchoice.h
   sourcecatalog.cpp sourcecatalog.h
-  testrun.cpp testrun.h
   videoformat.cpp videoformat.h)
-target_link_libraries(vexa_windowparts PUBLIC vexa_ndi vexa_record vexa_analysis vexa_preview PRIVATE project_options)
+target_link_libraries(vexa_windowparts PUBLIC vexa_ndi vexa_analysis vexa_testrun vexa_preview PRIVATE project_options)

@@ -65,6 +65,7 @@ void ReceiverController::startReceiver(int position, int graphNum)
     receiver->setSource(source);
     receiver->receiverIndex = position;
     receiver->graphNum = graphNum;
+    receiver->setMeasurementSink(m_sink, sourceIndex);
     if (position == 0) {
         receiver->setCopyBudget(m_copyBudget);
         connect(receiver, &StreamReceiver::frameData, this, &ReceiverController::forwardFrameData);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ndi/framecopybudget.h"
+#include "ndi/measurementsink.h"
 #include "ndi/ndimetatypes.h"
 #include "ndi/ndisource.h"
 
@@ -23,6 +24,9 @@ class ReceiverController final : public QObject {
 public:
     ReceiverController();
     ~ReceiverController() override;
+
+    /// Before the start: where all receivers report to besides, from their own threads.
+    void setMeasurementSink(std::shared_ptr<MeasurementSink> sink) { m_sink = std::move(sink); }
 
     /// Copies the source and starts count receivers (1 to 8) that report as indexBase + 0, 1, ...
     /// Below 1 nothing is created and nothing will be signalled. Always true. Call once.
@@ -63,5 +67,6 @@ private:
 
     NdiSource m_sourceCopy;
     std::shared_ptr<FrameCopyBudget> m_copyBudget; ///< shared with the first receiver
+    std::shared_ptr<MeasurementSink> m_sink;
     bool m_reported = false;
 };

@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -27,6 +28,12 @@ void StreamReceiver::setSource(const NDIlib_source_t &newSource)
 {
     m_sourceCopy = NdiSource(newSource);
     source = m_sourceCopy.view();
+}
+
+void StreamReceiver::setMeasurementSink(std::shared_ptr<MeasurementSink> sink, int sourceIndex)
+{
+    m_sink = std::move(sink);
+    m_sourceIndex = sourceIndex;
 }
 
 void StreamReceiver::requestStop() noexcept
@@ -131,6 +138,9 @@ void StreamReceiver::measure(const NDIlib_video_frame_v2_t &video, int nowMs)
 {
     const int nominal = nominalRate(video.frame_rate_N, video.frame_rate_D);
     const FrameFigures figures = frameTimes.add(nowMs, nominal);
+    if (m_sink)
+        m_sink->add({figures.framesPerSecond, double(nominal), nowMs, video.xres, video.yres, figures.intervalMs,
+                     m_sourceIndex, graphNum});
     emit frameReceived(figures.framesPerSecond, nowMs, video.FourCC, nominal, video.xres, video.yres, 0,
                        figures.intervalMs, graphNum);
 }

@@ -2,6 +2,7 @@
 
 #include "ndi/framecopybudget.h"
 #include "ndi/framemetrics.h"
+#include "ndi/measurementsink.h"
 #include "ndi/ndimetatypes.h"
 #include "ndi/ndisource.h"
 
@@ -32,6 +33,10 @@ public:
 
     /// Without a budget, pixels are copied whenever frameData() is connected. Shared with the owner.
     void setCopyBudget(std::shared_ptr<FrameCopyBudget> budget) { m_copyBudget = std::move(budget); }
+
+    /// Every measurement also goes here, from the capturing thread; sourceIndex goes with it. Shared, since
+    /// the run may outlast whoever looks at the measurements.
+    void setMeasurementSink(std::shared_ptr<MeasurementSink> sink, int sourceIndex);
 
     /// Ends the run after the capture under way, 1000 ms at most; one asked for before the run began
     /// is not lost. Any thread; returns at once.
@@ -79,5 +84,7 @@ private:
 
     NdiSource m_sourceCopy;
     std::shared_ptr<FrameCopyBudget> m_copyBudget;
+    std::shared_ptr<MeasurementSink> m_sink;
+    int m_sourceIndex = 0; ///< for m_sink
     std::atomic<bool> m_stopAsked{false};
 };

@@ -1,5 +1,5 @@
 #include "app/recordfile.h"
-#include "mainwindow/testrun.h"
+#include "app/testrun.h"
 #include "ndi/ndimetatypes.h"
 #include "tests/support/fakendi.h"
 #include "tests/support/testbase.h"

@@ -13,6 +13,7 @@ ProgramRun::ProgramRun(const QStringList &arguments)
     QDir().mkpath(home());
     m_environment.insert(QStringLiteral("HOME"), home());
     m_environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home() + QLatin1String("/.config"));
+    m_environment.insert(QStringLiteral("VEXA_JOURNAL_FOLDER"), home() + QLatin1String("/journal"));
     m_environment.remove(QStringLiteral("VEXA_LOOPBACK_SCENARIO"));
     m_environment.remove(QStringLiteral("VEXA_LOOPBACK_TRUTH"));
     for (const char *variable : {"NDI_RUNTIME_DIR_V5", "NDI_RUNTIME_DIR_V4", "NDI_RUNTIME_DIR_V3"})

@@ -24,6 +24,12 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
 
 } // namespace
 
+TestBase::TestBase()
+{
+    // Tests that look at journals name a folder of their own; the user's stays out of this.
+    qputenv("VEXA_JOURNAL_FOLDER", "off");
+}
+
 void TestBase::expectWarning(const QString &part)
 {
     const std::lock_guard<std::mutex> locker(mutex);

@@ -13,7 +13,7 @@ public:
     static void expectWarning(const QString &part);
 
 protected:
-    TestBase() = default;
+    TestBase();
 
 private slots:
     void init();

@@ -1,11 +1,9 @@
-#include "mainwindow/testrun.h"
+#include "app/testrun.h"
 
-#include "app/recordfile.h"
 #include "ndi/receivercontroller.h"
 
 #include <QEventLoop>
-
-#include <utility>
+#include <QMetaMethod>
 
 TestRun::TestRun(QObject *parent) : QObject(parent) {}
 
@@ -29,8 +27,7 @@ TestRun::~TestRun()
 
 void TestRun::begin(const QStringList &names)
 {
-    csvLines.clear();
-    m_names = names;
+    m_recorder.begin(names);
 }
 
 void TestRun::startSource(const NdiSource &source, int sourceIndex, int receivers, int graph)
@@ -39,7 +36,9 @@ void TestRun::startSource(const NdiSource &source, int sourceIndex, int receiver
     controllers.append(controller);
     connect(controller, &ReceiverController::sourceFrameReceived, this, &TestRun::frameReceived);
     connect(controller, &ReceiverController::sourceReceiverFinished, this, &TestRun::sourceFinished);
-    connect(controller, &ReceiverController::frameData, this, &TestRun::frameData);
+    if (isSignalConnected(QMetaMethod::fromSignal(&TestRun::frameData))) // else no pixels are copied
+        connect(controller, &ReceiverController::frameData, this, &TestRun::frameData);
+    controller->setMeasurementSink(m_recorder.sink());
     controller->startReceivers(source.view(), sourceIndex, receivers, graph);
 }
 
@@ -52,13 +51,20 @@ void TestRun::stopReceivers()
 void TestRun::addRow(double fps, int timeMs, double defaultFps, int width, int height, int intervalMs, int sourceIndex,
                      int graph)
 {
-    csvLines.append(recordRow(m_names.value(sourceIndex), width, height, defaultFps, timeMs, graph, fps, intervalMs));
+    m_recorder.add({fps, defaultFps, timeMs, width, height, intervalMs, sourceIndex, graph});
 }
 
 bool TestRun::writeRows()
 {
-    const QStringList rows = std::exchange(csvLines, {});
-    return rows.isEmpty() || writeRecord(rows);
+    if (hasRows())
+        return writeRecord();
+    clearRows();
+    return true;
+}
+
+bool TestRun::writeRecord()
+{
+    return m_recorder.write();
 }
 
 void TestRun::forget(int sourceIndex)

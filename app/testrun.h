@@ -1,24 +1,30 @@
 #pragma once
 
+#include "app/testrecorder.h"
 #include "ndi/ndisource.h"
 
 #include <QList>
 #include <QObject>
 #include <QStringList>
 
+#include <cstdint>
+
 class ReceiverController;
 
-/// The receivers of a running test and the rows of its record. The sources' names are frozen at the start,
-/// so that a new source list does not touch a running test. GUI thread.
+/// A running test, in the window and in the console alike: its receivers, the rows of its record, its
+/// journal. The sources' names are frozen at the start, so that a new source list does not touch a running
+/// test. Lives on one thread, which needs an event loop.
 class TestRun final : public QObject {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(TestRun)
 
 public:
     explicit TestRun(QObject *parent = nullptr);
+    /// Waits until running receivers have ended, about a second at most. On the object's thread, unless there
+    /// are none.
     ~TestRun() override;
 
-    /// A new test: no rows. names: of all sources, by source index.
+    /// A new test: no rows. names: of all sources, by source index. Its journal begins.
     void begin(const QStringList &names);
     /// Starts receivers (1 to 8) on a source; they report as graph, graph + 1, ...
     void startSource(const NdiSource &source, int sourceIndex, int receivers, int graph);
@@ -30,11 +36,14 @@ public:
     /// Takes a measurement into the record; the arguments are those of frameReceived().
     void addRow(double fps, int timeMs, double defaultFps, int width, int height, int intervalMs, int sourceIndex,
                 int graph);
-    bool hasRows() const { return !csvLines.isEmpty(); }
-    void clearRows() { csvLines.clear(); }
-    /// Writes the record, if there is something to write, and forgets the rows in any case. False when
-    /// there was something and it could not be written.
+    bool hasRows() const { return m_recorder.hasRows(); }
+    /// Forgets the rows; no record of this test will be written.
+    void clearRows() { m_recorder.clear(); }
+    /// Ends the test's record: writes it, if there is something to write, and forgets the rows in any case.
+    /// False when there was something and it could not be written.
     bool writeRows();
+    /// The same, but a test without rows leaves a record too.
+    bool writeRecord();
 
     /// Takes the last controller of this source out of the list; it has reported its end.
     void forget(int sourceIndex);
@@ -43,13 +52,13 @@ signals:
     /// See ReceiverController::sourceFrameReceived().
     void frameReceived(double fps, int time, int format, double defaultFPS, int width, int height, int dataRate,
                        int ping, int sourceIndex, int indexNum);
-    /// See ReceiverController::frameData(): whoever receives it frees pData with delete[].
+    /// See ReceiverController::frameData(): whoever receives it frees pData with delete[]. Connect before
+    /// startSource().
     void frameData(int sourceIndex, int type, int width, int height, uint8_t *pData);
     /// All receivers of a source are gone.
     void sourceFinished(int sourceIndex);
 
 private:
     QList<ReceiverController *> controllers; ///< in order of their start
-    QStringList csvLines;                    ///< rows of the record
-    QStringList m_names;
+    TestRecorder m_recorder;
 };

@@ -1,0 +1,180 @@
+#include "app/journalfile.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+int descriptorOf(std::intptr_t handle)
+{
+    return int(handle);
+}
+
+/// Descriptor of a folder that nobody else can write into or look into, or -1.
+int openPrivateFolder(const QString &path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    QDir().mkpath(QFileInfo(path).path());
+    static_cast<void>(mkdir(name.constData(), 0700));
+    const int folder = open(name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    struct stat status = {};
+    if (folder >= 0 && fstat(folder, &status) == 0 && status.st_uid == geteuid()
+        && ((status.st_mode & 077U) == 0 || fchmod(folder, 0700) == 0))
+        return folder;
+    if (folder >= 0)
+        ::close(folder);
+    return -1;
+}
+
+QByteArray contents(const char *path)
+{
+    QByteArray text(4096, '\0');
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return {};
+    const ssize_t count = read(file, text.data(), std::size_t(text.size()));
+    ::close(file);
+    text.resize(int(qMax(count, ssize_t(0))));
+    return text;
+}
+
+/// Start of a process as the system tells it, with a mark of the system's own start: the former counts
+/// from the latter. 0: no such process.
+std::uint64_t startToken(std::int64_t processId)
+{
+    const QByteArray status = contents(("/proc/" + QByteArray::number(qint64(processId)) + "/stat").constData());
+    // The program's name, in brackets, may hold anything.
+    const QList<QByteArray> fields = status.mid(status.lastIndexOf(')') + 2).split(' ');
+    constexpr int startTimeField = 19; // the 22nd of all
+    if (fields.size() <= startTimeField || fields.at(0) == "Z" || fields.at(0) == "X")
+        return 0;
+    static const QByteArray boot = contents("/proc/sys/kernel/random/boot_id");
+    const std::uint64_t bootMark = crc32c(boot.constData(), std::size_t(boot.size()));
+    return fields.at(startTimeField).toULongLong() ^ (bootMark << 32);
+}
+
+} // namespace
+
+bool JournalFile::create(const QString &folder, const QString &name)
+{
+    close();
+    const int folderDescriptor = openPrivateFolder(folder);
+    if (folderDescriptor < 0)
+        return false;
+    const int file = openat(folderDescriptor, QFile::encodeName(name).constData(),
+                            O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    ::close(folderDescriptor);
+    if (file < 0)
+        return false;
+    m_handle = file;
+    m_path = folder + QLatin1Char('/') + name;
+    m_writtenBytes = 0;
+    if (flock(file, LOCK_EX | LOCK_NB) == 0)
+        return true;
+    remove(); // a file system without locks
+    return false;
+}
+
+bool JournalFile::openLeft(const QString &folder, const QString &name)
+{
+    close();
+    const QString path = folder + QLatin1Char('/') + name;
+    const QByteArray encoded = QFile::encodeName(path);
+    // O_NONBLOCK: a pipe under that name would wait for a writer.
+    const int file = open(encoded.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0)
+        return false;
+    struct stat opened = {};
+    struct stat named = {};
+    // The name must still stand for the locked file: another program may have just dealt with it.
+    if (fstat(file, &opened) != 0 || !S_ISREG(opened.st_mode) || opened.st_uid != geteuid()
+        || flock(file, LOCK_EX | LOCK_NB) != 0 || lstat(encoded.constData(), &named) != 0
+        || named.st_ino != opened.st_ino || named.st_dev != opened.st_dev) {
+        ::close(file);
+        return false;
+    }
+    m_handle = file;
+    m_path = path;
+    return true;
+}
+
+bool JournalFile::append(const QByteArray &bytes)
+{
+    qint64 done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count = write(descriptorOf(m_handle), bytes.constData() + done, std::size_t(bytes.size() - done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0) {
+            static_cast<void>(ftruncate(descriptorOf(m_handle), m_writtenBytes));
+            return false;
+        }
+        done += count;
+    }
+    m_writtenBytes += done;
+    return true;
+}
+
+qint64 JournalFile::sizeBytes() const
+{
+    struct stat status = {};
+    return fstat(descriptorOf(m_handle), &status) == 0 ? status.st_size : -1;
+}
+
+qint64 JournalFile::ageS() const
+{
+    struct stat status = {};
+    return fstat(descriptorOf(m_handle), &status) == 0 ? qMax(qint64(std::time(nullptr) - status.st_mtime), qint64(0))
+                                                       : -1;
+}
+
+QByteArray JournalFile::readAll(qint64 mostBytes) const
+{
+    QFile file;
+    if (sizeBytes() > mostBytes || !file.open(descriptorOf(m_handle), QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return {};
+    const QByteArray bytes = file.read(mostBytes);
+    return bytes.isNull() ? QByteArray("") : bytes;
+}
+
+bool JournalFile::remove()
+{
+    const bool removed = unlink(QFile::encodeName(m_path).constData()) == 0;
+    close();
+    return removed;
+}
+
+bool JournalFile::renameTo(const QString &name)
+{
+    const QString newPath = QFileInfo(m_path).path() + QLatin1Char('/') + name;
+    const bool renamed =
+        std::rename(QFile::encodeName(m_path).constData(), QFile::encodeName(newPath).constData()) == 0;
+    close();
+    return renamed;
+}
+
+void JournalFile::close()
+{
+    if (m_handle != none)
+        ::close(descriptorOf(m_handle));
+    m_handle = none;
+}
+
+ProcessIdentity ownProcess()
+{
+    return {getpid(), startToken(getpid())};
+}
+
+bool isProcessAlive(const ProcessIdentity &process)
+{
+    return process.processId > 0 && startToken(process.processId) == process.startToken && process.startToken != 0;
+}

@@ -1,0 +1,163 @@
+#include "app/journalfile.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <memory>
+
+#include <windows.h>
+
+namespace {
+
+HANDLE handleOf(std::intptr_t handle)
+{
+    return reinterpret_cast<HANDLE>(handle);
+}
+
+/// Path in the system's form; "\\?\" lets it be longer than 260 characters.
+std::wstring systemPath(const QString &path)
+{
+    const QString native = QDir::toNativeSeparators(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+    if (native.startsWith(QLatin1String("\\\\")))
+        return native.toStdWString();
+    return (QLatin1String("\\\\?\\") + native).toStdWString();
+}
+
+/// Sharing nothing is the lock: nobody else can open the file until the handle is closed.
+std::intptr_t openAlone(const QString &path, DWORD disposition)
+{
+    const HANDLE handle = CreateFileW(systemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
+                                      disposition, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return -1;
+    BY_HANDLE_FILE_INFORMATION information = {};
+    if (GetFileType(handle) == FILE_TYPE_DISK && GetFileInformationByHandle(handle, &information)
+        && (information.dwFileAttributes & (FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY)) == 0)
+        return reinterpret_cast<std::intptr_t>(handle);
+    CloseHandle(handle);
+    return -1;
+}
+
+quint64 numberOf(const FILETIME &time)
+{
+    return (quint64(time.dwHighDateTime) << 32) | time.dwLowDateTime;
+}
+
+std::uint64_t startToken(HANDLE process)
+{
+    FILETIME created = {};
+    FILETIME ended = {};
+    FILETIME kernel = {};
+    FILETIME user = {};
+    return GetProcessTimes(process, &created, &ended, &kernel, &user) ? numberOf(created) : 0;
+}
+
+struct HandleCloser {
+    void operator()(void *handle) const noexcept { CloseHandle(handle); }
+};
+
+} // namespace
+
+bool JournalFile::create(const QString &folder, const QString &name)
+{
+    close();
+    if (!QDir().mkpath(folder))
+        return false;
+    m_path = folder + QLatin1Char('/') + name;
+    m_writtenBytes = 0;
+    m_handle = openAlone(m_path, CREATE_NEW);
+    return isOpen();
+}
+
+bool JournalFile::openLeft(const QString &folder, const QString &name)
+{
+    close();
+    m_path = folder + QLatin1Char('/') + name;
+    m_handle = openAlone(m_path, OPEN_EXISTING);
+    return isOpen();
+}
+
+bool JournalFile::append(const QByteArray &bytes)
+{
+    DWORD written = 0;
+    if (WriteFile(handleOf(m_handle), bytes.constData(), DWORD(bytes.size()), &written, nullptr)
+        && written == DWORD(bytes.size())) {
+        m_writtenBytes += bytes.size();
+        return true;
+    }
+    LARGE_INTEGER end = {};
+    end.QuadPart = m_writtenBytes;
+    if (SetFilePointerEx(handleOf(m_handle), end, nullptr, FILE_BEGIN))
+        SetEndOfFile(handleOf(m_handle));
+    return false;
+}
+
+qint64 JournalFile::sizeBytes() const
+{
+    LARGE_INTEGER size = {};
+    return GetFileSizeEx(handleOf(m_handle), &size) ? qint64(size.QuadPart) : -1;
+}
+
+qint64 JournalFile::ageS() const
+{
+    FILETIME written = {};
+    FILETIME now = {};
+    if (!GetFileTime(handleOf(m_handle), nullptr, nullptr, &written))
+        return -1;
+    GetSystemTimeAsFileTime(&now);
+    constexpr qint64 unitsPerSecond = 10000000;
+    return qMax(qint64(numberOf(now) - numberOf(written)) / unitsPerSecond, qint64(0));
+}
+
+QByteArray JournalFile::readAll(qint64 mostBytes) const
+{
+    const qint64 size = sizeBytes();
+    if (size < 0 || size > mostBytes)
+        return {};
+    QByteArray bytes(int(size), '\0');
+    DWORD count = 0;
+    const LARGE_INTEGER begin = {};
+    if (!SetFilePointerEx(handleOf(m_handle), begin, nullptr, FILE_BEGIN)
+        || !ReadFile(handleOf(m_handle), bytes.data(), DWORD(size), &count, nullptr))
+        return {};
+    bytes.resize(int(count));
+    return bytes;
+}
+
+bool JournalFile::remove()
+{
+    FILE_DISPOSITION_INFO information = {};
+    information.DeleteFile = TRUE;
+    const bool removed =
+        SetFileInformationByHandle(handleOf(m_handle), FileDispositionInfo, &information, sizeof information) != 0;
+    close();
+    return removed;
+}
+
+bool JournalFile::renameTo(const QString &name)
+{
+    const QString newPath = QFileInfo(m_path).path() + QLatin1Char('/') + name;
+    close(); // a file that is open alone cannot be moved by its name
+    return MoveFileExW(systemPath(m_path).c_str(), systemPath(newPath).c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+}
+
+void JournalFile::close()
+{
+    if (m_handle != none)
+        CloseHandle(handleOf(m_handle));
+    m_handle = none;
+}
+
+ProcessIdentity ownProcess()
+{
+    return {std::int64_t(GetCurrentProcessId()), startToken(GetCurrentProcess())};
+}
+
+bool isProcessAlive(const ProcessIdentity &process)
+{
+    const std::unique_ptr<void, HandleCloser> handle(
+        OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE, FALSE, DWORD(process.processId)));
+    if (!handle || startToken(handle.get()) != process.startToken)
+        return false;
+    return WaitForSingleObject(handle.get(), 0) == WAIT_TIMEOUT; // a dead process is there while a handle is
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <functional>
+
+class QObject;
+
+/// What became of one journal that a process has left.
+struct RecoveredJournal {
+    QString journalPath;
+    QString recordPath; ///< empty: no record could be made
+    qint64 rows = 0;
+    bool hasGaps = false;      ///< rows are missing between those that are there
+    bool isUnreadable = false; ///< damaged from the start; it has been put aside
+};
+
+/// Turns every journal in this folder whose process is gone into a record, named by the start of its test,
+/// and removes it; one without rows is only removed. A journal that could not become a record stays for
+/// the next time. Those of running processes, of other versions and of other users are left alone, and when
+/// two programs do this at once each journal is taken by one of them. Any thread.
+QVector<RecoveredJournal> recoverJournalsIn(const QString &folder);
+
+/// The same for journalFolder(), as one line of text for each, for the user. Usually empty and done in less
+/// than a millisecond; a test of five minutes with eight receivers takes about half a second. Any thread.
+QStringList recoverJournals();
+
+/// recoverJournals() on a thread of its own; tell is called on context's thread, once, unless there is
+/// nothing to tell or context is gone by then.
+void recoverJournalsInBackground(QObject *context, const std::function<void(const QStringList &)> &tell);
