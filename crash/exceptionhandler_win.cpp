@@ -25,6 +25,7 @@ char idText[128];
 
 std::atomic<google_breakpad::ExceptionHandler *> installed{nullptr};
 std::atomic<HANDLE> standardError{nullptr};
+std::atomic<DWORD64> cLibraryBase{0}; ///< address of the C library in memory
 
 void toUtf8(const wchar_t *text, char *utf8, int size)
 {
@@ -33,8 +34,8 @@ void toUtf8(const wchar_t *text, char *utf8, int size)
         utf8[size - 1] = '\0'; // did not fit
 }
 
-bool onDumpWritten(const wchar_t *folder, const wchar_t *id, void *, EXCEPTION_POINTERS *, MDRawAssertionInfo *,
-                   bool succeeded)
+bool onDumpWritten(const wchar_t *folder, const wchar_t *id, void *, EXCEPTION_POINTERS *exception,
+                   MDRawAssertionInfo *, bool succeeded)
 {
     toUtf8(folder, folderText, sizeof folderText);
     toUtf8(id, idText, sizeof idText);
@@ -42,15 +43,59 @@ bool onDumpWritten(const wchar_t *folder, const wchar_t *id, void *, EXCEPTION_P
     // Not through the C library: the thread that crashed may hold its locks.
     DWORD written = 0;
     WriteFile(standardError, message.text(), DWORD(message.size()), &written, nullptr);
+    // The system would now go back through all frames of the full stack, and may not find out of it.
+    if (succeeded && exception && exception->ExceptionRecord->ExceptionCode == EXCEPTION_STACK_OVERFLOW)
+        TerminateProcess(GetCurrentProcess(), EXCEPTION_STACK_OVERFLOW);
     return succeeded;
+}
+
+/// One frame up the stack of this thread; false at its end. imageBase: of the code in the frame that was left.
+bool unwind(CONTEXT *context, DWORD64 *imageBase)
+{
+    *imageBase = 0;
+    RUNTIME_FUNCTION *function = RtlLookupFunctionEntry(context->Rip, imageBase, nullptr);
+    if (!function)
+        return false;
+    void *handlerData = nullptr;
+    DWORD64 frame = 0;
+    RtlVirtualUnwind(UNW_FLAG_NHANDLER, *imageBase, context->Rip, function, context, &handlerData, &frame, nullptr);
+    return context->Rip != 0;
+}
+
+/// The state of this thread where it called abort(): below it there are only this file and the C library.
+/// Where that is not found, the state it is in now.
+void captureCallerOfAbort(CONTEXT *context)
+{
+    RtlCaptureContext(context);
+    CONTEXT up = *context;
+    CONTEXT last = up;
+    bool wasInLibrary = false;
+    DWORD64 imageBase = 0;
+    constexpr int mostFrames = 16;
+    for (int i = 0; i < mostFrames && unwind(&up, &imageBase); ++i) {
+        const bool isInLibrary = imageBase == cLibraryBase;
+        if (wasInLibrary && !isInLibrary) {
+            *context = last;
+            return;
+        }
+        wasInLibrary = isInLibrary;
+        last = up;
+    }
 }
 
 /// abort() raises no exception of the system's. A pure virtual call and an exception that nobody catches come this way,
 /// too: the compiler's library has them end in abort().
 void onAbort(int)
 {
-    if (google_breakpad::ExceptionHandler *handler = installed.exchange(nullptr))
-        handler->WriteMinidump();
+    if (google_breakpad::ExceptionHandler *handler = installed.exchange(nullptr)) {
+        EXCEPTION_RECORD record = {};
+        CONTEXT context = {};
+        captureCallerOfAbort(&context);
+        record.ExceptionCode = DWORD(STATUS_FATAL_APP_EXIT);
+        record.ExceptionAddress = reinterpret_cast<void *>(context.Rip); // NOLINT(performance-no-int-to-ptr)
+        EXCEPTION_POINTERS pointers = {&record, &context};
+        handler->WriteMinidumpForException(&pointers);
+    }
     // returns to abort(), which ends the process
 }
 
@@ -78,6 +123,7 @@ ExceptionHandlerPointer installExceptionHandler(const QString &folder)
     standardError = handleOfStandardError();
     ExceptionHandlerPointer handler(new ExceptionHandler(QDir::toNativeSeparators(folder).toStdWString(), nullptr,
                                                          &onDumpWritten, nullptr, ExceptionHandler::HANDLER_ALL));
+    cLibraryBase = reinterpret_cast<DWORD64>(GetModuleHandleW(L"msvcrt.dll"));
     installed = handler.get();
     std::signal(SIGABRT, &onAbort);
     // What is left for the handling of a stack overflow.
