@@ -26,8 +26,10 @@ int main(int argc, char *argv[])
 {
     attachConsole();
     installCrashHandler();
+    QCoreApplication::setApplicationName(QStringLiteral("TessalyNDIVexa"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VEXA_VERSION));
     if (argc < 2)
-        return runWindow(argc, argv);
+        return runWindow();
 
     std::vector<std::string> bytes = commandLine(argc, argv);
     std::vector<char *> pointers;

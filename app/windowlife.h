@@ -1,4 +1,5 @@
 #pragma once
 
-/// Shows the window and returns when it has been closed: the exit status of the program.
-int runWindow(int argc, char *argv[]);
+/// The program with its window, from the first check to the end: what main() returns. Main thread, once; makes the
+/// application object itself. The command line is not for this life.
+int runWindow();

@@ -1,0 +1,7 @@
+#pragma once
+
+class QWidget;
+
+/// Writes a line to the log category "vexa.startup" (debug level, off by default) when the window has been painted for
+/// the first time. bench/startup waits for it. GUI thread.
+void logFirstPaint(QWidget *window);

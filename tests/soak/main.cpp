@@ -1,0 +1,249 @@
+// Test after test in the window, with eight receivers of 1080p59.94, charts and preview, on the loopback runtime: does
+// memory stay flat, is every frame recorded, is the window's thread in time? Needs a screen.
+// Usage: window_soak SECONDS [TEST_SECONDS [strict]]        strict: the latest beat counts, too
+#include "app/recordfile.h"
+#include "loopback/truthreader.h"
+#include "mainwindow/ndiwindow.h"
+#include "probes/machinefactsreader.h"
+#include "resources/fonts.h"
+#include "resources/vexaresources.h"
+#include "tests/support/truthcheck.h"
+#include "ui_ndiwindow.h"
+#include "widgets/darkstyle.h"
+#include "widgets/framelesswindow.h"
+#include "widgets/stylesheetnoise.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QPointer>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+constexpr int receivers = 8;
+constexpr double beatMs = 5.0;
+constexpr double latestMs = 50.0;     ///< goal for every beat
+constexpr double p99Ms = 20.0;        ///< goal for 99 of 100
+constexpr double flatWithinMb = 8.0;  ///< growth from the second test to the last
+constexpr int rowToleranceMs = 100;   ///< between a frame's row and the truth about it, on a busy machine
+constexpr int endToleranceMs = 500;   ///< frames that come later than this before the end have a row
+constexpr int longestTestMs = 600000; ///< beyond the length that was asked for
+
+qint64 steadyNs()
+{
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+/// Memory of the process' own, without the pages of files, in MB.
+double ownMemoryMb()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0.0;
+    const QList<QByteArray> lines = status.readAll().split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.startsWith("RssAnon:"))
+            return line.mid(8).simplified().split(' ').constFirst().toDouble() / 1024.0;
+    }
+    return 0.0;
+}
+
+/// How late a beat every 5 ms in this thread is.
+class Heartbeat final : public QObject {
+public:
+    Heartbeat()
+    {
+        m_timer.setTimerType(Qt::PreciseTimer);
+        connect(&m_timer, &QTimer::timeout, this, [this] {
+            const double nowMs = static_cast<double>(m_clock.nsecsElapsed()) * 1e-6;
+            m_lateMs.push_back(static_cast<float>(std::max(0.0, nowMs - m_dueMs)));
+            m_dueMs = nowMs + beatMs;
+        });
+        m_clock.start();
+        m_dueMs = beatMs;
+        m_timer.start(static_cast<int>(beatMs));
+    }
+    /// Those since the last call, in order of their lateness.
+    std::vector<float> takeSorted()
+    {
+        std::sort(m_lateMs.begin(), m_lateMs.end());
+        return std::exchange(m_lateMs, {});
+    }
+
+private:
+    QTimer m_timer;
+    QElapsedTimer m_clock;
+    double m_dueMs = 0.0;
+    std::vector<float> m_lateMs;
+};
+
+struct SoakedTest {
+    qint64 startNs = 0; ///< steady clock
+    qint64 endNs = 0;
+    QString record;
+    double memoryMb = 0.0;
+    double p99Ms = 0.0;
+    double latestMs = 0.0;
+};
+
+void waitUntil(const std::function<bool()> &condition, int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    QTimer wake;
+    wake.start(20);
+    while (!condition() && clock.elapsed() < timeoutMs)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
+}
+
+SoakedTest runTest(const NDIWindow &window, int testMs, Heartbeat *heartbeat)
+{
+    const Ui::NDIWindow &ui = window.form();
+    SoakedTest test;
+    heartbeat->takeSorted();
+    test.startNs = steadyNs();
+    ui.btn_test->click();
+    ui.cmbPreviewSources->setCurrentIndex(1);
+    waitUntil([&ui] { return ui.timeList->isEnabled(); }, testMs + longestTestMs);
+    test.endNs = steadyNs();
+    const std::vector<float> late = heartbeat->takeSorted();
+    test.p99Ms = static_cast<double>(late[late.size() * 99 / 100]);
+    test.latestMs = static_cast<double>(late.back());
+    test.record = recordPath();
+    test.memoryMb = ownMemoryMb();
+    return test;
+}
+
+/// What is wrong with a test's record beside the truth; empty when nothing is.
+QString problemOf(const SoakedTest &test, const std::vector<loopback::TruthRecord> &events, int testMs)
+{
+    const TestRecord record = TestRecord::read(test.record);
+    if (!record.problem.isEmpty())
+        return test.record + QLatin1String(": ") + record.problem;
+    QVector<ReceiverTruth> ofTest;
+    const QVector<ReceiverTruth> all = truthOfReceivers(events);
+    for (const ReceiverTruth &receiver : all) {
+        if (receiver.createdNs >= test.startNs && receiver.createdNs < test.endNs)
+            ofTest.append(receiver);
+    }
+    if (ofTest.size() != receivers)
+        return QStringLiteral("%1 receivers were made").arg(ofTest.size());
+    QVector<int> pairing;
+    const QString unpaired = pairWithTruth(record, ofTest, rowToleranceMs, &pairing);
+    if (!unpaired.isEmpty())
+        return unpaired;
+    const qint64 countedUntilNs = test.startNs + (testMs - endToleranceMs) * qint64(1000000);
+    for (int i = 0; i < receivers; ++i) {
+        const ReceiverTruth &truth = ofTest.at(pairing.at(i));
+        const int rows = record.rowsOf(i + 1).size();
+        if (rows < truth.frames.size() && truth.frames.at(rows).timeNs < countedUntilNs)
+            return QStringLiteral("receiver %1 has no row for frame %2").arg(i + 1).arg(truth.frames.at(rows).number);
+    }
+    return {};
+}
+
+int judge(const std::vector<SoakedTest> &tests, const QString &truthPath, int testMs, bool strict)
+{
+    int status = 0;
+    const auto fail = [&status](const QString &what) {
+        std::printf("FAILED: %s\n", qPrintable(what));
+        status = 1;
+    };
+    const std::vector<loopback::TruthRecord> events = loopback::readTruth(truthPath.toStdString());
+    const int dropped = static_cast<int>(loopback::countTruth(events, "drop"));
+    if (loopback::countTruth(events, "full") > 0)
+        fail(QStringLiteral("the truth file was too small"));
+    for (const SoakedTest &test : tests) {
+        const QString problem = problemOf(test, events, testMs);
+        if (!problem.isEmpty())
+            fail(problem);
+    }
+    double latest = 0.0;
+    double worstP99 = 0.0;
+    for (const SoakedTest &test : tests) {
+        latest = std::max(latest, test.latestMs);
+        worstP99 = std::max(worstP99, test.p99Ms);
+    }
+    if (worstP99 > p99Ms || (strict && latest > latestMs))
+        fail(QStringLiteral("the window's thread was late"));
+    // The first test fills caches and pools.
+    const double growthMb = tests.size() > 2 ? tests.back().memoryMb - tests.at(1).memoryMb : 0.0;
+    if (growthMb > flatWithinMb)
+        fail(QStringLiteral("memory has grown"));
+    std::printf("%zu tests, %d frames dropped by the loopback, memory %+.1f MB from the second test to the last, beats "
+                "late by %.1f ms at 99 %% and %.1f ms at most\n",
+                tests.size(), dropped, growthMb, worstP99, latest);
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 120;
+    const int testMs = (argc > 2 ? std::max(2, std::atoi(argv[2])) : 20) * 1000;
+    const bool strict = argc > 3 && qstrcmp(argv[3], "strict") == 0;
+    QTemporaryDir home;
+    const QString truthPath = home.filePath(QStringLiteral("truth"));
+    qputenv("HOME", home.path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
+    qputenv("XDG_CACHE_HOME", home.path().toUtf8());
+    qputenv("NDI_RUNTIME_DIR_V6", VEXA_LOOPBACK_DIR);
+    qputenv("VEXA_LOOPBACK_TRUTH", truthPath.toUtf8());
+    // A line for each frame and one for its end, with room to spare.
+    qputenv("VEXA_LOOPBACK_TRUTH_RECORDS", QByteArray::number(qint64(seconds + 120) * receivers * 60 * 2 + 100000));
+    QApplication application(argc, argv);
+    QApplication::setStyle(new DarkStyle);
+    const StyleSheetNoiseFilter noiseFilter;
+    QApplication::setQuitOnLastWindowClosed(false);
+    initVexaResources();
+    loadFonts();
+
+    NDIWindowParts parts = NDIWindowParts::ofThisMachine();
+    parts.minuteMs = testMs;
+    const QPointer<FramelessWindow> frame = new FramelessWindow;
+    auto *const window = new NDIWindow(parts);
+    frame->setContent(window);
+    QObject::connect(frame, &FramelessWindow::requestClose, window, &NDIWindow::requestClose);
+    frame->show();
+    frame->maximizeOrCenter();
+    const Ui::NDIWindow &ui = window->form();
+    waitUntil([&ui] { return ui.sourceList->count() > 0; }, 30000);
+    waitUntil([] { return false; }, 3000); // the probes
+    const int source = ui.sourceList->findText(QStringLiteral("LOOPBACK (1080p59.94)"));
+    if (source < 0) {
+        std::printf("FAILED: the loopback runtime has no source of 1080p59.94\n");
+        return 1;
+    }
+    ui.sourceList->setCurrentIndex(source);
+    ui.threadCount->setCurrentIndex(receivers - 1);
+
+    std::vector<SoakedTest> tests;
+    Heartbeat heartbeat;
+    QElapsedTimer clock;
+    clock.start();
+    std::printf(
+        "| test | from [s] | own memory [MB] | beat late, 99 %% [ms] | most [ms] |\n|---|---:|---:|---:|---:|\n");
+    while (clock.elapsed() < seconds * qint64(1000)) {
+        const qint64 fromS = clock.elapsed() / 1000;
+        tests.push_back(runTest(*window, testMs, &heartbeat));
+        const SoakedTest &test = tests.back();
+        std::printf("| %zu | %lld | %.1f | %.1f | %.1f |\n", tests.size(), static_cast<long long>(fromS), test.memoryMb,
+                    test.p99Ms, test.latestMs);
+        std::fflush(stdout);
+        // Records are named by the second.
+        waitUntil([] { return false; }, 1100);
+    }
+    frame->close();
+    delete frame.data();
+    return judge(tests, truthPath, testMs, strict);
+}
