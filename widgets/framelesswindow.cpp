@@ -2,10 +2,10 @@
 
 #include "ui_framelesswindow.h"
 #include "widgets/framegeometry.h"
+#include "widgets/frameshadow.h"
 
 #include <QBoxLayout>
 #include <QCloseEvent>
-#include <QGraphicsDropShadowEffect>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPointer>
@@ -20,29 +20,7 @@ namespace {
 
 constexpr double inactiveBlurRadius = 4.0;
 constexpr double activeBlurRadius = 9.0;
-/// px around the frame, for the larger shadow. The margins of the content begin there: no control lies in the border.
-constexpr int shadowMargin = 10;
 constexpr QSize leastSize(1280, 720);
-
-/// Something for a shadow to be cast by. The frame covers it, so that the effect never renders the content:
-/// charts would be drawn by way of a picture, and OpenGL not at all.
-QWidget *makeShadow(QWidget *window, const QString &name, double blurRadius, const QColor &colour)
-{
-    auto *const effect = new QGraphicsDropShadowEffect;
-    effect->setOffset(0, 0);
-    effect->setBlurRadius(blurRadius);
-    effect->setColor(colour);
-    auto *const shadow = new QWidget(window);
-    shadow->setObjectName(name);
-    shadow->setAttribute(Qt::WA_TransparentForMouseEvents);
-    QPalette palette;
-    palette.setColor(QPalette::Window, Qt::black);
-    shadow->setPalette(palette);
-    shadow->setAutoFillBackground(true);
-    shadow->setGraphicsEffect(effect); // takes it over
-    shadow->lower();
-    return shadow;
-}
 
 } // namespace
 
@@ -227,16 +205,18 @@ void FramelessWindow::announceClose()
 
 void FramelessWindow::makeShadows()
 {
-    m_inactiveShadow = makeShadow(this, QStringLiteral("inactiveShadow"), inactiveBlurRadius, QColor(0, 0, 0, 255));
-    m_activeShadow =
-        makeShadow(this, QStringLiteral("activeShadow"), activeBlurRadius, palette().color(QPalette::Highlight));
+    m_inactiveShadow = new FrameShadow(inactiveBlurRadius, QColor(0, 0, 0, 255), this);
+    m_inactiveShadow->setObjectName(QStringLiteral("inactiveShadow"));
+    m_activeShadow = new FrameShadow(activeBlurRadius, palette().color(QPalette::Highlight), this);
+    m_activeShadow->setObjectName(QStringLiteral("activeShadow"));
+    for (FrameShadow *shadow : {m_inactiveShadow, m_activeShadow})
+        shadow->lower();
 }
 
 void FramelessWindow::placeShadows()
 {
-    const QRect frame = rect().marginsRemoved(layout()->contentsMargins());
-    m_activeShadow->setGeometry(frame);
-    m_inactiveShadow->setGeometry(frame);
+    m_activeShadow->setGeometry(rect());
+    m_inactiveShadow->setGeometry(rect());
 }
 
 /// What is seen follows the state, also where the window system has changed it.
@@ -245,7 +225,7 @@ void FramelessWindow::updateLook()
     const bool fills = fillsScreen();
     ui->restoreButton->setVisible(fills);
     ui->maximizeButton->setVisible(!fills);
-    const int around = fills ? 0 : shadowMargin;
+    const int around = fills ? 0 : FrameShadow::reach; // no control of the content lies in the border
     layout()->setContentsMargins(around, around, around, around);
     m_activeShadow->setVisible(!fills && isActiveWindow());
     m_inactiveShadow->setVisible(!fills && !isActiveWindow());

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-class QGraphicsDropShadowEffect;
+class FrameShadow;
 namespace Ui {
 class FramelessWindow;
 }
@@ -82,8 +82,8 @@ private:
     bool m_dragBottom = false;
 
     const WindowSystem m_system;
-    QWidget *m_activeShadow = nullptr;
-    QWidget *m_inactiveShadow = nullptr;
+    FrameShadow *m_activeShadow = nullptr;
+    FrameShadow *m_inactiveShadow = nullptr;
     QRect m_normalGeometry;      ///< to go back to; null unless maximised
     bool m_isWithSystem = false; ///< the window system resizes the window
     bool m_isMaximizing = false; ///< the maximum geometry is being applied
