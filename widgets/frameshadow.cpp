@@ -2,12 +2,28 @@
 
 #include <QGraphicsDropShadowEffect>
 #include <QPainter>
-#include <qdrawutil.h>
+
+#include <array>
 
 namespace {
 
 constexpr int casterSide = 50;
 constexpr int corner = 2 * FrameShadow::reach; ///< of the picture; the edges between are even
+
+/// A corner or an edge along one direction: where it goes, and where in the picture it comes from. px.
+struct Part {
+    int at;
+    int size;
+    int from;
+    int fromSize;
+};
+
+std::array<Part, 3> partsOf(int length, int picture)
+{
+    return {{{0, corner, 0, corner},
+             {corner, length - 2 * corner, corner, picture - 2 * corner},
+             {length - corner, corner, picture - corner, corner}}};
+}
 
 } // namespace
 
@@ -38,5 +54,15 @@ void FrameShadow::paintEvent(QPaintEvent *event)
         m_stage->render(&m_picture, QPoint(), QRegion(), QWidget::DrawChildren);
     }
     QPainter painter(this);
-    qDrawBorderPixmap(&painter, rect(), QMargins(corner, corner, corner, corner), m_picture);
+    const std::array<Part, 3> columns = partsOf(width(), m_picture.width());
+    const std::array<Part, 3> rows = partsOf(height(), m_picture.height());
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        for (std::size_t column = 0; column < columns.size(); ++column) {
+            if (row == 1 && column == 1)
+                continue; // the frame covers it
+            painter.drawPixmap(
+                QRect(columns[column].at, rows[row].at, columns[column].size, rows[row].size), m_picture,
+                QRect(columns[column].from, rows[row].from, columns[column].fromSize, rows[row].fromSize));
+        }
+    }
 }
