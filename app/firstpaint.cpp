@@ -4,6 +4,7 @@
 #include <QLoggingCategory>
 #include <QTimer>
 #include <QWidget>
+#include <QWindow>
 
 namespace {
 
@@ -11,13 +12,13 @@ Q_LOGGING_CATEGORY(startup, "vexa.startup", QtInfoMsg)
 
 class FirstPaint final : public QObject {
 public:
-    explicit FirstPaint(QWidget *window) : QObject(window) { window->installEventFilter(this); }
+    explicit FirstPaint(QWindow *window) : QObject(window) { window->installEventFilter(this); }
 
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (event->type() == QEvent::Paint) {
+        if (event->type() == QEvent::Expose && static_cast<QWindow *>(watched)->isExposed()) {
             watched->removeEventFilter(this);
-            // After this paint and those of the widgets inside.
+            // Everything is painted while the window takes this event.
             QTimer::singleShot(0, this, [this] {
                 qCDebug(startup, "window painted");
                 deleteLater();
@@ -31,6 +32,6 @@ public:
 
 void logFirstPaint(QWidget *window)
 {
-    if (startup().isDebugEnabled())
-        new FirstPaint(window); // owned by the window
+    if (startup().isDebugEnabled() && window->windowHandle())
+        new FirstPaint(window->windowHandle()); // owned by the window
 }

@@ -117,8 +117,8 @@ int runWindow()
     Interrupts interrupts;
     QObject::connect(&interrupts, &Interrupts::interrupted, frame, &QWidget::close, Qt::QueuedConnection);
     interrupts.arm();
-    logFirstPaint(frame);
     frame->show();
+    logFirstPaint(frame);
     frame->maximizeOrCenter();
     splash.finish(frame);
     recoverJournalsInBackground(frame, [&frame](const QStringList &lines) { showRecoveredRecords(lines, frame); });

@@ -21,8 +21,8 @@ int showEmptyWindow(int argc, char *argv[])
     QApplication application(argc, argv);
     QWidget window;
     window.resize(1752, 968);
-    logFirstPaint(&window);
     window.show();
+    logFirstPaint(&window);
     return QApplication::exec();
 }
 
