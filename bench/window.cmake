@@ -1,6 +1,6 @@
 # How fluid the window is during a test. Needs a screen.
 add_executable(window_bench window_bench.cpp)
-target_link_libraries(window_bench PRIVATE vexa_window vexa_resources project_options)
+target_link_libraries(window_bench PRIVATE vexa_window vexa_resources vexa_style project_options)
 target_compile_definitions(window_bench PRIVATE VEXA_LOOPBACK_DIR="${CMAKE_BINARY_DIR}/loopback-runtime")
 add_dependencies(window_bench loopback_runtime)
 set_target_properties(window_bench PROPERTIES AUTOUIC OFF) # the form is the window's

@@ -6,6 +6,7 @@
 #include "resources/fonts.h"
 #include "resources/vexaresources.h"
 #include "ui_ndiwindow.h"
+#include "widgets/darkstyle.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -92,6 +93,7 @@ int main(int argc, char **argv)
     qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     QApplication application(argc, argv);
+    QApplication::setStyle(new DarkStyle);
     initVexaResources();
     loadFonts();
     NDIWindow window;

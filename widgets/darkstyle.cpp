@@ -251,6 +251,14 @@ void DarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opti
     QProxyStyle::drawPrimitive(element, option, painter, widget);
 }
 
+void DarkStyle::drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
+                            const QWidget *widget) const
+{
+    QProxyStyle::drawControl(element, option, painter, widget);
+    if (element == CE_TabBarTabLabel && option->state.testFlag(State_HasFocus)) // Fusion only tints its edge
+        drawOutline(option->rect.adjusted(3, 3, -3, -2), option->palette.color(QPalette::Highlight), painter);
+}
+
 void DarkStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex *option, QPainter *painter,
                                    const QWidget *widget) const
 {
