@@ -67,7 +67,7 @@ public:
         ProgramRun &run = *crash.run;
         for (; m_started < m_crashes.size() && m_started < std::size_t(index) + 2; ++m_started)
             m_crashes[m_started].run->start();
-        QVERIFY2(run.waitForFinished(120000), run.account());
+        QVERIFY2(run.waitForFinished(200000), run.account());
         const bool endsByStatus = isWindows && crash.kind == "abort";
         QVERIFY2(run.process().exitStatus() == (endsByStatus ? QProcess::NormalExit : QProcess::CrashExit),
                  run.account());
