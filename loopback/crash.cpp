@@ -59,7 +59,7 @@ namespace {
 
 LOOPBACK_CRASH void crashByPureVirtualCall(Unfinished &object)
 {
-    object.act();
+    object.act();   // NOLINT(clang-analyzer-cplusplus.PureVirtualCall): the crash that was asked for
     ++finishedActs; // so that the call stands on the stack
 }
 
