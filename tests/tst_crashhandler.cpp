@@ -56,6 +56,7 @@ void TestCrashHandler::thereIsOneForAllThreads()
 {
     std::vector<QBreakpadHandler *> seen(8, nullptr);
     std::vector<std::unique_ptr<QThread>> threads;
+    threads.reserve(seen.size());
     for (QBreakpadHandler *&place : seen)
         threads.emplace_back(QThread::create([&place] { place = QBreakpadHandler::instance(); }));
     for (const auto &thread : threads)
