@@ -12,6 +12,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
+#include <QDir>
 #include <QFont>
 #include <QLineEdit>
 #include <QtTest>
@@ -152,7 +153,7 @@ int main(int argc, char *argv[])
     font.setWeight(QFont::Bold);
     QApplication::setFont(font);
     QApplication::setQuitOnLastWindowClosed(false);
-    Stage stage(QString::fromLocal8Bit(argv[1]));
+    Stage stage(QDir(QString::fromLocal8Bit(argv[1])).absolutePath()); // the stage changes the folder
     if (!stage.setUp()) {
         std::fputs("vexa_screens: the stage could not be set up\n", stderr);
         return 1;

@@ -198,6 +198,7 @@ void Stage::save(const char *name)
 {
     // The widgets' own pictures, not the screen's: there is no window system here that would put together
     // windows with transparent borders.
+    QCoreApplication::processEvents(); // new children show themselves by an event
     QPixmap picture = m_frame->grab();
     if (auto *dialog = QApplication::activeModalWidget()) {
         QPainter painter(&picture);
