@@ -23,11 +23,13 @@ std::wstring systemPath(const QString &path)
     return (QLatin1String("\\\\?\\") + native).toStdWString();
 }
 
-/// Sharing nothing is the lock: nobody else can open the file until the handle is closed.
+/// Sharing no writing is the lock: nobody else can open the file like this until the handle is closed. Virus
+/// scanners may look into it.
 std::intptr_t openAlone(const QString &path, DWORD disposition)
 {
-    const HANDLE handle = CreateFileW(systemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
-                                      disposition, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    const HANDLE handle =
+        CreateFileW(systemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_READ, nullptr,
+                    disposition, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
         return -1;
     BY_HANDLE_FILE_INFORMATION information = {};

@@ -11,3 +11,7 @@ target_link_libraries(journal_driver PRIVATE vexa_testrun project_options Thread
 vexa_test(journalkill LABEL integration TIMEOUT 120 LIBS vexa_journal vexa_record)
 target_compile_definitions(tst_journalkill PRIVATE VEXA_JOURNAL_DRIVER="$<TARGET_FILE:journal_driver>")
 add_dependencies(tst_journalkill journal_driver)
+
+include(screentest.cmake)
+vexa_screen_test(journalwindow LABEL window TIMEOUT 180 LIBS vexa_window vexa_journal vexa_resources)
+set_target_properties(tst_journalwindow PROPERTIES AUTOUIC OFF) # the form is the window's

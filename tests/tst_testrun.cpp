@@ -1,11 +1,15 @@
+#include "app/journalformat.h"
 #include "app/recordfile.h"
 #include "app/testrun.h"
 #include "ndi/ndimetatypes.h"
 #include "tests/support/fakendi.h"
 #include "tests/support/testbase.h"
 
+#include <QDir>
 #include <QSignalSpy>
 #include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QThread>
 #include <QtTest>
 
 namespace {
@@ -31,6 +35,7 @@ private slots:
     void withoutRowsNothingIsWritten();
     void aNewTestHasNoRows();
     void deletedWhileRunning();
+    void theJournalIsFedWhileTheThreadIsBusy();
 };
 
 void TestTestRun::initTestCase()
@@ -124,6 +129,45 @@ void TestTestRun::deletedWhileRunning()
         QTRY_VERIFY(ndi.counts().created > 0);
     }
     QCOMPARE(ndi.counts().created, ndi.counts().destroyed);
+}
+
+void TestTestRun::theJournalIsFedWhileTheThreadIsBusy()
+{
+    constexpr int frameCount = 20;
+    constexpr int receiverCount = 4;
+    const QTemporaryDir folder;
+    qputenv("VEXA_JOURNAL_FOLDER", folder.path().toUtf8());
+    FakeNdi ndi;
+    ndi.setScript(std::vector<FakeFrame>(frameCount, hd25));
+    TestRun run;
+    QSignalSpy frames(&run, &TestRun::frameReceived);
+    run.begin({QStringLiteral("A"), QStringLiteral("B")});
+    run.startSource(sourceNamed("B"), 1, receiverCount, 2);
+    QElapsedTimer clock;
+    clock.start();
+    QVector<Measurement> rows;
+    while (rows.size() < frameCount * receiverCount && clock.elapsed() < 20000) { // without an event loop
+        QThread::msleep(20);
+        const QStringList names = QDir(folder.path()).entryList(QDir::Files);
+        QFile file(folder.filePath(names.value(0)));
+        rows.clear();
+        if (!file.open(QIODevice::ReadOnly))
+            continue; // not there yet
+        JournalReader reader(file.readAll());
+        for (Measurement row; reader.nextRow(&row);)
+            rows.append(row);
+    }
+    qputenv("VEXA_JOURNAL_FOLDER", "off");
+    QCOMPARE(rows.size(), frameCount * receiverCount);
+    QCOMPARE(frames.count(), 0);
+    for (const Measurement &row : qAsConst(rows)) {
+        QCOMPARE(row.sourceIndex, 1);
+        QVERIFY(row.graph >= 2 && row.graph < 2 + receiverCount);
+        QCOMPARE(row.width, 1920);
+        QCOMPARE(row.defaultFps, 25.0);
+    }
+    run.clearRows();
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestTestRun)
