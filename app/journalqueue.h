@@ -29,7 +29,7 @@ public:
     std::uint32_t lostRows() const noexcept { return m_lost.load(std::memory_order_relaxed); }
 
 private:
-    struct Cell {
+    struct alignas(64) Cell { // a cache line: receivers do not touch each other's
         std::atomic<std::uint32_t> round{0};
         Measurement row;
     };
