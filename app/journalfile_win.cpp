@@ -23,8 +23,8 @@ std::wstring systemPath(const QString &path)
     return (QLatin1String("\\\\?\\") + native).toStdWString();
 }
 
-/// Sharing no writing is the lock: nobody else can open the file like this until the handle is closed. Virus
-/// scanners may look into it.
+/// Sharing no writing is the lock: nobody else can open the file like this until the handle is closed; others
+/// may read it if they share writing and deleting.
 std::intptr_t openAlone(const QString &path, DWORD disposition)
 {
     const HANDLE handle =
