@@ -14,6 +14,11 @@ TestRun::~TestRun()
     int left = controllers.size();
     for (ReceiverController *controller : qAsConst(controllers)) {
         controller->disconnect(this);
+        if (controller->receivers.isEmpty()) { // it has reported its end to somebody who did not listen any more
+            --left;
+            controller->deleteLater();
+            continue;
+        }
         connect(controller, &ReceiverController::sourceReceiverFinished, &ending, [&ending, &left, controller] {
             controller->deleteLater();
             if (--left == 0)

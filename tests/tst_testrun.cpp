@@ -35,6 +35,7 @@ private slots:
     void withoutRowsNothingIsWritten();
     void aNewTestHasNoRows();
     void deletedWhileRunning();
+    void deletedAfterAnEndThatNobodyHeard();
     void theJournalIsFedWhileTheThreadIsBusy();
 };
 
@@ -128,6 +129,21 @@ void TestTestRun::deletedWhileRunning()
         run.startSource(sourceNamed("A"), 0, 4, 0);
         QTRY_VERIFY(ndi.counts().created > 0);
     }
+    QCOMPARE(ndi.counts().created, ndi.counts().destroyed);
+}
+
+void TestTestRun::deletedAfterAnEndThatNobodyHeard()
+{
+    FakeNdi ndi;
+    ndi.setScript({hd25, errorFrame});
+    {
+        TestRun run;
+        QSignalSpy ends(&run, &TestRun::sourceFinished);
+        run.begin({QStringLiteral("A")});
+        run.startSource(sourceNamed("A"), 0, 2, 0);
+        QTRY_COMPARE(ends.count(), 1);
+        QVERIFY(run.isRunning());
+    } // must not wait for another end
     QCOMPARE(ndi.counts().created, ndi.counts().destroyed);
 }
 
