@@ -213,7 +213,10 @@ void NDIWindow::connectSignals()
 
     // Not a shortcut of the button: that would go with its text.
     auto *const startStop = new QShortcut(QKeySequence(Qt::CTRL + Qt::Key_Return), this);
-    connect(startStop, &QShortcut::activated, ui->btn_test, [this] { ui->btn_test->click(); });
+    connect(startStop, &QShortcut::activated, ui->btn_test, [this] {
+        if (ui->btn_test->isVisible())
+            ui->btn_test->click();
+    });
     ui->btn_test->setToolTip(tr("Starts a test in the chosen mode, or stops it and writes its record (%1)")
                                  .arg(startStop->key().toString()));
 
@@ -599,6 +602,7 @@ void NDIWindow::startAnalysis()
     const int lengthS = measurementMinutes() * 60;
     emit dataRateSetMetaInfo(lengthS, dataRateTop, 1);
     analysisStart = QTime();
+    m_isAnalysisWaiting = true;
     ui->waiting_spinner->show();
     ui->waiting_spinner->startAnimation();
     ui->progress_viewer->hide();
@@ -669,9 +673,11 @@ void NDIWindow::TimeUpdated()
 
 void NDIWindow::takeFirstAnalysisSample(QTime time)
 {
-    if (analysisStart.isValid())
+    if (!analysisStart.isValid())
+        analysisStart = time;
+    if (!m_isAnalysisWaiting)
         return;
-    analysisStart = time;
+    m_isAnalysisWaiting = false;
     progressTimer.start(progressIntervalMs);
     testClock.start();
     armTestTimer(&NDIWindow::finishAnalysis);
@@ -744,6 +750,7 @@ void NDIWindow::enableIdleControls()
 
 void NDIWindow::finishAnalysis()
 {
+    m_isAnalysisWaiting = false;
     stopTest();
     sourceTestFinished(0);
     ui->benchmarkOption->setEnabled(true);
@@ -756,7 +763,7 @@ void NDIWindow::finishAnalysis()
 /// A tool that ended without a sample would leave the window waiting for ever.
 void NDIWindow::analysisEnded()
 {
-    if (!analysisStart.isValid() && !ui->btn_test->isEnabled())
+    if (m_isAnalysisWaiting)
         finishAnalysis();
 }
 

@@ -154,11 +154,12 @@ private:
     std::unique_ptr<FormatProbes> m_probes;
     std::unique_ptr<TestRun> m_test;
     std::unique_ptr<AnalysisRun> m_analysis;
-    QTimer testTimer;            ///< single shot, the length of the test
-    QTimer progressTimer;        ///< 100 ms; active as long as measurements count
-    QElapsedTimer testClock;     ///< invalid before the first test
-    QTime analysisStart;         ///< time stamp of the analysis' first sample, invalid before it
-    PreviewThread previewThread; ///< asks for the preview's repaints
+    QTimer testTimer;                 ///< single shot, the length of the test
+    QTimer progressTimer;             ///< 100 ms; active as long as measurements count
+    QElapsedTimer testClock;          ///< invalid before the first test
+    QTime analysisStart;              ///< time stamp of the analysis' first sample, invalid before it
+    bool m_isAnalysisWaiting = false; ///< for its first sample
+    PreviewThread previewThread;      ///< asks for the preview's repaints
     std::unique_ptr<PreviewFeed> m_previewFeed;
     std::unique_ptr<PreviewChoice> m_previewChoice;
     std::unique_ptr<MachineTabs> m_machineTabs;

@@ -33,6 +33,7 @@ private slots:
     void nullNames();
     void silentSource();
     void listsThatShrinkBetweenTests();
+    void listsThatShrinkToNothing();
     void moreSourcesThanColours();
 
 private:
@@ -162,6 +163,27 @@ void TestNdiWindowSources::listsThatShrinkBetweenTests()
     test.press();
     QTRY_VERIFY(test.isIdle());
     QVERIFY(recordLines().at(1).startsWith(QStringLiteral("ONLY,")));
+    QVERIFY(QFile::remove(recordPath()));
+}
+
+void TestNdiWindowSources::listsThatShrinkToNothing()
+{
+    WindowCase test(3);
+    QVERIFY(test.isReady(3));
+    // The runtime spoils the list before with each search; the window tests from its own copies.
+    test.ndi.setSourceLists({{}});
+    test.ui().btn_refresh->click();
+    QTRY_COMPARE(test.ui().label_source->text(), QStringLiteral("NDI SOURCES"));
+    QCOMPARE(test.ui().sourceList->count(), 3);
+    test.ui().sourceList->setCurrentIndex(1);
+    test.ndi.setScript(framesWithoutEnd());
+    QSignalSpy frames(test.window.get(), &NDIWindow::frameRender);
+    test.press();
+    QTRY_VERIFY(frames.count() > 2);
+    QCOMPARE(test.ndi.lastSourceName(), QByteArray("CAM 2"));
+    test.press();
+    QTRY_VERIFY(test.isIdle());
+    QVERIFY(recordLines().at(1).startsWith(QStringLiteral("CAM 2,")));
     QVERIFY(QFile::remove(recordPath()));
 }
 

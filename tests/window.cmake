@@ -1,8 +1,9 @@
-foreach(test ndiwindow ndiwindow_loopback ndiwindow_reports ndiwindow_sources)
+foreach(test ndiwindow ndiwindow_loopback ndiwindow_reports ndiwindow_sources ndiwindow_states)
   vexa_screen_test(${test} LABEL window TIMEOUT 240 LIBS vexa_window vexa_resources vexa_tables)
 endforeach()
 vexa_screen_test(ndiwindow_tools LABEL window TIMEOUT 240
   LIBS vexa_window vexa_resources vexa_benchmark vexa_charts standin_control)
-foreach(test ndiwindow ndiwindow_loopback ndiwindow_reports ndiwindow_sources ndiwindow_tools)
+foreach(test ndiwindow ndiwindow_loopback ndiwindow_reports ndiwindow_sources ndiwindow_states
+    ndiwindow_tools)
   set_target_properties(tst_${test} PROPERTIES AUTOUIC OFF) # the form is the window's
 endforeach()
