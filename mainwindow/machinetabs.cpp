@@ -68,6 +68,7 @@ void MachineTabs::fill()
     ui->label_display_val->setText(modes.join(QLatin1Char('\n')));
     ui->label_gpu_driver->setText(QStringLiteral("Host Name"));
     ui->label_gpu_driver_val->setText(QSysInfo::machineHostName());
+    ui->w23->setToolTip(tr("Name of this computer in the network"));
 
     ui->widSystemUptime->hide();
     uptimeTimer.start(uptimeIntervalMs);

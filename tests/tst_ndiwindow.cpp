@@ -78,6 +78,7 @@ void TestNdiWindow::startsIdleAndSingle()
     QCOMPARE(ui.tblStatus->rowCount(), 0);
     QVERIFY(!ui.analysisOption->toolTip().isEmpty()); // no tool here
     QVERIFY(!ui.label_system_val->text().isEmpty());
+    QVERIFY(!ui.w23->toolTip().isEmpty());
     for (const CustomPlot *chart :
          {ui.fpsPlot, ui.dataPlot, ui.pingPlot, ui.analysis_latency_plot, ui.analysis_data_plot}) {
         const auto *title = chart->findChild<QLabel *>(QStringLiteral("nameLabel"));
