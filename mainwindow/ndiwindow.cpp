@@ -5,13 +5,15 @@
 #include "charts/customplot.h"
 #include "charts/previewfeed.h"
 #include "charts/videoglpreview.h"
-#include "mainwindow/customheader.h"
+#include "mainwindow/controlstates.h"
 #include "mainwindow/formatprobes.h"
 #include "mainwindow/machinetabs.h"
+#include "mainwindow/modeswitch.h"
 #include "mainwindow/ndiwindowform.h"
 #include "mainwindow/previewchoice.h"
 #include "mainwindow/qtcustomtablewidget.h"
 #include "mainwindow/resulttables.h"
+#include "mainwindow/sourcelists.h"
 #include "mainwindow/videoformat.h"
 #include "ndi/ndilib.h"
 #include "ndi/sourcefinder.h"
@@ -20,15 +22,11 @@
 #include "probes/benchmarkdlg.h"
 #include "probes/loadtrack.h"
 #include "ui_ndiwindow.h"
-#include "widgets/custommessagebox.h"
 
-#include <QCheckBox>
 #include <QCloseEvent>
 #include <QEventLoop>
-#include <QHBoxLayout>
 #include <QMessageBox>
 #include <QShortcut>
-#include <QSignalBlocker>
 #include <QStyle>
 
 #include <algorithm>
@@ -49,8 +47,6 @@ constexpr int singleFpsTop = 90;
 constexpr int multipleFpsTop = 60;
 constexpr int dataRateTop = 100;
 constexpr int latencyTop = 10;
-
-const QString toolMissingText = QStringLiteral("Please install NewTek NDI Analysis tool from https://ndi.video/tools");
 
 /// Numbers as they are shown everywhere: at most six significant digits.
 QString shown(double number)
@@ -111,6 +107,8 @@ NDIWindow::NDIWindow(NDIWindowParts parts, QWidget *parent)
     m_previewFeed = std::make_unique<PreviewFeed>(ui->vidGlPreview);
     m_previewChoice = std::make_unique<PreviewChoice>(ui->cmbPreviewSources, ui->vidGlPreview, ui->widPreviewWrapper,
                                                       ui->lblDefaultImage);
+    m_modes = std::make_unique<ModeSwitch>(ui.get(), m_previewChoice.get(), m_parts.analysisToolThere, this);
+    m_controls = std::make_unique<ControlStates>(ui.get());
     m_machineTabs = std::make_unique<MachineTabs>(ui.get(), m_parts.adapterProbes());
 
     const bool canStay = initialize();
@@ -145,10 +143,9 @@ NDIWindow::~NDIWindow()
 bool NDIWindow::initialize()
 {
     m_machineTabs->showInfoTab(0);
-    switchMode(Mode::single);
+    m_modes->switchTo(ModeSwitch::Mode::single);
     m_machineTabs->fill();
-    setUpTables();
-    connect(ui->sourceList, qOverload<int>(&QComboBox::currentIndexChanged), this, &NDIWindow::showSourceInfo);
+    m_sources = std::make_unique<SourceLists>(ui.get(), m_probes.get());
     connectSignals();
 
     if (m_parts.revisionOnly) {
@@ -195,13 +192,11 @@ void NDIWindow::connectSignals()
     connect(ui->btn_dev, &QToolButton::clicked, this, &NDIWindow::click_btn_dev);
     connect(ui->btn_network, &QToolButton::clicked, this, &NDIWindow::click_btn_network);
     connect(ui->btn_system, &QToolButton::clicked, this, &NDIWindow::click_btn_system);
-    connect(ui->singleOption, &QRadioButton::clicked, this, [this] {
-        expandDetails(false);
-        switchMode(Mode::single);
-    });
-    connect(ui->multiOption, &QRadioButton::clicked, this, [this] { switchMode(Mode::multiple); });
-    connect(ui->analysisOption, &QRadioButton::clicked, this, [this] { switchMode(Mode::analysis); });
-    connect(ui->benchmarkOption, &QRadioButton::clicked, this, [this] { switchMode(Mode::benchmark); });
+    m_modes->connectOptions();
+    connect(ui->sourceTable, &QtCustomTableWidget::clickedDetails, this, [this] { m_modes->expandDetails(true); });
+    connect(ui->detailTable, &QtCustomTableWidget::clickedDetails, this, [this] { m_modes->expandDetails(false); });
+    connect(ui->btn_expanding, &QToolButton::clicked, this, [this] { m_modes->expandDetails(true); });
+    connect(ui->btn_collapsing, &QToolButton::clicked, this, [this] { m_modes->expandDetails(false); });
     for (QToolButton *button : {ui->btn_import, ui->btn_import1})
         connect(button, &QToolButton::clicked, this, &NDIWindow::importData);
     for (QToolButton *button : {ui->btn_export, ui->btn_export1})
@@ -235,59 +230,9 @@ void NDIWindow::connectSignals()
     connect(m_test.get(), &TestRun::frameReceived, this, &NDIWindow::sourceFrameReceived);
     connect(m_test.get(), &TestRun::sourceFinished, this, &NDIWindow::sourceTestFinished);
     connect(m_test.get(), &TestRun::frameData, m_previewFeed.get(), &PreviewFeed::takeFrame);
-    connect(m_probes.get(), &FormatProbes::formatFound, this, &NDIWindow::sourceInfoReceived);
     connect(m_analysis.get(), &AnalysisRun::gotVideoDataRate, this, &NDIWindow::gotVideoDataRate);
     connect(m_analysis.get(), &AnalysisRun::gotVideoSize, this, &NDIWindow::gotVideoSize);
     connect(m_analysis.get(), &AnalysisRun::ended, this, &NDIWindow::analysisEnded);
-}
-
-void NDIWindow::setUpTables()
-{
-    m_sourceHeader = setUpSourceTable(ui->sourceTable);
-    setUpDetailTable(ui->detailTable);
-    setUpStatusTable(ui->tblStatus);
-    connect(m_sourceHeader, &CustomHeader::changed, this, &NDIWindow::setAllChecked);
-    connect(ui->sourceTable, &QtCustomTableWidget::clickedDetails, this, [this] { expandDetails(true); });
-    connect(ui->detailTable, &QtCustomTableWidget::clickedDetails, this, [this] { expandDetails(false); });
-    connect(ui->btn_expanding, &QToolButton::clicked, this, [this] { expandDetails(true); });
-    connect(ui->btn_collapsing, &QToolButton::clicked, this, [this] { expandDetails(false); });
-}
-
-/// The details of all sources take the place of the charts.
-void NDIWindow::expandDetails(bool expanded)
-{
-    ui->middleContainer->setVisible(!expanded);
-    ui->btn_expanding->setVisible(!expanded);
-    ui->multiInfoContainer->setVisible(expanded);
-    ui->btn_collapsing->setVisible(expanded);
-}
-
-void NDIWindow::addSourceRow(int index)
-{
-    QCheckBox *check = fillSourceRow(ui->sourceTable, index, m_catalog.name(index));
-    fillDetailRow(ui->detailTable, index, m_catalog.name(index), m_catalog.url(index));
-    connect(check, &QCheckBox::stateChanged, this, &NDIWindow::updateStatusRows);
-    sourceChecks.append(check);
-}
-
-void NDIWindow::updateStatusRows()
-{
-    if (!m_isCheckingAll)
-        updateStatusTable(ui->tblStatus, *ui->sourceTable, sourceChecks, m_sourceHeader);
-}
-
-void NDIWindow::setAllChecked(bool checked)
-{
-    // One rebuild of the rows for all boxes: the result is the same.
-    m_isCheckingAll = true;
-    bool changed = false;
-    for (QCheckBox *check : qAsConst(sourceChecks)) {
-        changed = changed || check->isChecked() != checked;
-        check->setChecked(checked);
-    }
-    m_isCheckingAll = false;
-    if (changed)
-        updateStatusRows();
 }
 
 void NDIWindow::click_btn_dev()
@@ -315,8 +260,8 @@ void NDIWindow::refreshSource()
     }
     const bool toolThere = m_parts.analysisToolThere();
     if (!toolThere && ui->analysisOption->isChecked())
-        chooseMode(ui->singleOption);
-    ui->analysisOption->setToolTip(toolThere ? QString() : toolMissingText);
+        m_modes->choose(ui->singleOption);
+    ui->analysisOption->setToolTip(toolThere ? QString() : ModeSwitch::toolMissingText());
 }
 
 void NDIWindow::findThreadFinished()
@@ -324,151 +269,16 @@ void NDIWindow::findThreadFinished()
     ui->label_source->setText(QStringLiteral("NDI SOURCES"));
 }
 
-/// As if the user had chosen it, even while it is disabled.
-void NDIWindow::chooseMode(QRadioButton *option)
-{
-    option->setChecked(true);
-    emit option->clicked(true);
-}
-
 void NDIWindow::getNDISource(const NDIlib_source_t *sources, int no_sources)
 {
     if (no_sources == SourceFinder::finderFailed || no_sources == SourceFinder::noSourceAppeared || no_sources <= 0) {
         // The first search often ends at once with an empty list: the sources come within the next seconds.
-        if (no_sources == 0 && m_catalog.count() == 0 && m_emptySearches++ < mostEmptySearches)
+        if (no_sources == 0 && m_sources->catalog().count() == 0 && m_emptySearches++ < mostEmptySearches)
             QTimer::singleShot(searchAgainMs, this, &NDIWindow::refreshSource);
         return;
     }
     m_emptySearches = 0;
-    // Before the widgets go: clearing them asks for the facts of what they showed.
-    m_probes->stop();
-    m_catalog.clear();
-    sourceChecks.clear();
-    ui->sourceList->clear();
-    for (QTableWidget *table :
-         {static_cast<QTableWidget *>(ui->sourceTable), static_cast<QTableWidget *>(ui->detailTable), ui->tblStatus})
-        table->setRowCount(0);
-    m_sourceHeader->setAllChecked(false);
-
-    m_catalog.replace(sources, no_sources);
-    const int count = m_catalog.count();
-    ui->sourceTable->setUpdatesEnabled(false);
-    ui->detailTable->setUpdatesEnabled(false);
-    ui->sourceTable->setRowCount(count);
-    ui->detailTable->setRowCount(count);
-    sourceChecks.reserve(count);
-    QVector<NdiSource> probed;
-    for (int i = 0; i < count; ++i) {
-        addSourceRow(i);
-        probed.append(m_catalog.source(i));
-    }
-    ui->sourceTable->setUpdatesEnabled(true);
-    ui->detailTable->setUpdatesEnabled(true);
-    ui->sourceList->addItems(m_catalog.names());
-    m_probes->start(probed);
-}
-
-void NDIWindow::sourceInfoReceived(int index, double fps, int fourCC, int width, int height)
-{
-    if (!m_catalog.contains(index))
-        return;
-    SourceInfo info;
-    info.index = index;
-    info.frameRate = fps;
-    info.fourCC = static_cast<quint32>(fourCC);
-    info.width = width;
-    info.height = height;
-    m_catalog.setInfo(info);
-    fillDetailFormat(ui->detailTable, index, formatName(info.fourCC), fps, width, height);
-    if (index == ui->sourceList->currentIndex())
-        showFormat(info);
-}
-
-void NDIWindow::showFormat(const SourceInfo &info)
-{
-    if (info.width <= 0)
-        return;
-    ui->label_videoFormat->setText(formatName(info.fourCC));
-    ui->label_videoFPS->setText(shown(info.frameRate) + QStringLiteral("fps"));
-    ui->label_videoWidth->setText(QString::number(info.width));
-    ui->label_videoHeight->setText(QString::number(info.height));
-}
-
-void NDIWindow::showSourceInfo(int index)
-{
-    if (m_catalog.contains(index))
-        showFormat(m_catalog.info(index));
-    ui->L2->setText(ui->sourceList->currentText());
-    ui->lblAnalysisProgressStatusValue->setText(ui->sourceList->currentText());
-}
-
-void NDIWindow::switchMode(Mode mode)
-{
-    if (mode == Mode::benchmark) {
-        m_lastOption = ui->benchmarkOption;
-        ui->vW1->hide();
-        ui->SourceContainer->hide();
-        ui->benchmark_container->show();
-        ui->widReceiverCount->show();
-        ui->cmbPreviewSources->setEnabled(true);
-        return;
-    }
-    if (mode == Mode::analysis && !m_parts.analysisToolThere()) {
-        refuseAnalysis();
-        return;
-    }
-    switch (mode) {
-    case Mode::single:
-        m_lastOption = ui->singleOption;
-        ui->SourceContainer->setCurrentIndex(0);
-        ui->CentralContainer->setCurrentIndex(0);
-        ui->L2->setText(ui->sourceList->currentText());
-        ui->wid_info->show();
-        ui->widStatusTable->hide();
-        break;
-    case Mode::multiple:
-        m_lastOption = ui->multiOption;
-        ui->SourceContainer->setCurrentIndex(1);
-        ui->CentralContainer->setCurrentIndex(0);
-        ui->L2->setText(QStringLiteral("  MULTIPLE"));
-        ui->wid_info->hide();
-        ui->widStatusTable->show();
-        sizeStatusColumns(ui->tblStatus);
-        break;
-    case Mode::analysis:
-        m_lastOption = ui->analysisOption;
-        ui->SourceContainer->setCurrentIndex(0);
-        ui->CentralContainer->setCurrentIndex(1);
-        ui->widReceiverCount->hide();
-        m_previewChoice->chooseNone();
-        ui->cmbPreviewSources->setEnabled(false);
-        break;
-    case Mode::benchmark:
-        break;
-    }
-    ui->vW1->show();
-    ui->SourceContainer->show();
-    ui->benchmark_container->hide();
-    if (mode != Mode::analysis) {
-        ui->widReceiverCount->show();
-        ui->cmbPreviewSources->setEnabled(true);
-    }
-}
-
-void NDIWindow::refuseAnalysis()
-{
-    CustomMessageBox box(this);
-    box.setTitle(QStringLiteral("FAIL"));
-    box.setMessage(QStringLiteral("FAIL"), QString(), QString(), toolMissingText);
-    box.setButtonText(QStringLiteral("OK"));
-    const QPointer<NDIWindow> self(this);
-    const bool accepted = box.exec() == QDialog::Accepted;
-    if (!self)
-        return;
-    if (accepted || !m_lastOption)
-        chooseMode(ui->singleOption);
-    else
-        m_lastOption->setChecked(true);
+    m_sources->replace(sources, no_sources);
 }
 
 int NDIWindow::measurementMinutes() const
@@ -517,16 +327,15 @@ void NDIWindow::stopByUser()
     m_test->stopReceivers();
     progressTimer.stop();
     previewThread.stop();
-    ui->benchmarkOption->setEnabled(true);
+    m_controls->allowBenchmark();
     m_test->writeRows();
 }
 
 void NDIWindow::beginRun()
 {
-    m_test->begin(m_catalog.names());
+    m_test->begin(m_sources->catalog().names());
     progressTimer.start(progressIntervalMs);
     testClock.start();
-    ui->timeList->setEnabled(false);
     // The loop of an earlier test may still be ending.
     previewThread.finish();
 }
@@ -534,7 +343,7 @@ void NDIWindow::beginRun()
 bool NDIWindow::startSingle()
 {
     const int source = ui->sourceList->currentIndex();
-    if (!m_catalog.contains(source))
+    if (!m_sources->catalog().contains(source))
         return false;
     const int receivers = qBound(1, ui->threadCount->currentIndex() + 1, mostReceivers);
     const int lengthS = measurementMinutes() * 60;
@@ -544,25 +353,16 @@ bool NDIWindow::startSingle()
     orderFocus(*ui); // the legends have new buttons
     startSourceTest(source, receivers, 0);
     m_previewChoice->offer({{QString::number(source + 1), source}});
-    ui->btn_test->setText(QStringLiteral("STOP"));
-    for (QWidget *control : {static_cast<QWidget *>(ui->multiOption), static_cast<QWidget *>(ui->analysisOption),
-                             static_cast<QWidget *>(ui->benchmarkOption), static_cast<QWidget *>(ui->btn_refresh),
-                             static_cast<QWidget *>(ui->btn_import), static_cast<QWidget *>(ui->btn_export),
-                             static_cast<QWidget *>(ui->btn_import1), static_cast<QWidget *>(ui->btn_export1)})
-        control->setEnabled(false);
+    m_controls->enter(ControlStates::single);
     return true;
 }
 
 bool NDIWindow::startMultiple()
 {
-    QVector<int> checked;
+    const QVector<int> checked = m_sources->checkedRows();
     QVector<QPair<QString, int>> previews;
-    for (int row = 0; row < sourceChecks.size(); ++row) {
-        if (!sourceChecks.at(row)->isChecked())
-            continue;
-        checked.append(row);
+    for (const int row : checked)
         previews.append({QString::number(row + 1), row});
-    }
     if (checked.isEmpty()) {
         m_previewChoice->reset();
         return false;
@@ -578,12 +378,7 @@ bool NDIWindow::startMultiple()
         startSourceTest(checked.at(k), 1, k);
     }
     m_previewChoice->offer(previews);
-    ui->btn_test->setText(QStringLiteral("STOP"));
-    for (QWidget *control : {static_cast<QWidget *>(ui->singleOption), static_cast<QWidget *>(ui->analysisOption),
-                             static_cast<QWidget *>(ui->benchmarkOption), static_cast<QWidget *>(ui->btn_refresh),
-                             static_cast<QWidget *>(ui->btn_import), static_cast<QWidget *>(ui->btn_export),
-                             static_cast<QWidget *>(ui->btn_import1), static_cast<QWidget *>(ui->btn_export1)})
-        control->setEnabled(false);
+    m_controls->enter(ControlStates::multiple);
     return true;
 }
 
@@ -592,13 +387,7 @@ void NDIWindow::startAnalysis()
     const QString source = ui->sourceList->currentText().trimmed();
     if (source.isEmpty() || !m_parts.analysisToolThere())
         return;
-    ui->btn_test->setText(QStringLiteral("STOP"));
-    for (QWidget *control : {static_cast<QWidget *>(ui->timeList), static_cast<QWidget *>(ui->multiOption),
-                             static_cast<QWidget *>(ui->singleOption), static_cast<QWidget *>(ui->benchmarkOption),
-                             static_cast<QWidget *>(ui->btn_refresh), static_cast<QWidget *>(ui->btn_test),
-                             static_cast<QWidget *>(ui->btn_import), static_cast<QWidget *>(ui->btn_export),
-                             static_cast<QWidget *>(ui->btn_import1), static_cast<QWidget *>(ui->btn_export1)})
-        control->setEnabled(false);
+    m_controls->enter(ControlStates::analysis);
     const int lengthS = measurementMinutes() * 60;
     emit dataRateSetMetaInfo(lengthS, dataRateTop, 1);
     analysisStart = QTime();
@@ -623,7 +412,7 @@ void NDIWindow::startBenchmark()
 
 void NDIWindow::startSourceTest(int sourceIndex, int receivers, int graphIndex)
 {
-    m_test->startSource(m_catalog.source(sourceIndex), sourceIndex, receivers, graphIndex);
+    m_test->startSource(m_sources->catalog().source(sourceIndex), sourceIndex, receivers, graphIndex);
     previewThread.setWidget(ui->vidGlPreview);
     previewThread.start();
 }
@@ -733,19 +522,8 @@ void NDIWindow::sourceTestFinished(int index)
         return;
     if (wasRunning && (testTimer.isActive() || m_test->hasRows()))
         stopTest(); // all receivers ended by themselves
-    enableIdleControls();
+    m_controls->enter(ControlStates::idle);
     progressTimer.stop();
-}
-
-void NDIWindow::enableIdleControls()
-{
-    ui->btn_test->setText(QStringLiteral("TEST"));
-    for (QWidget *control : {static_cast<QWidget *>(ui->timeList), static_cast<QWidget *>(ui->singleOption),
-                             static_cast<QWidget *>(ui->multiOption), static_cast<QWidget *>(ui->analysisOption),
-                             static_cast<QWidget *>(ui->btn_refresh), static_cast<QWidget *>(ui->btn_import),
-                             static_cast<QWidget *>(ui->btn_export), static_cast<QWidget *>(ui->btn_import1),
-                             static_cast<QWidget *>(ui->btn_export1)})
-        control->setEnabled(true);
 }
 
 void NDIWindow::finishAnalysis()
@@ -753,7 +531,7 @@ void NDIWindow::finishAnalysis()
     m_isAnalysisWaiting = false;
     stopTest();
     sourceTestFinished(0);
-    ui->benchmarkOption->setEnabled(true);
+    m_controls->allowBenchmark();
     ui->btn_test->setEnabled(true);
     ui->waiting_spinner->stopAnimation();
     ui->waiting_spinner->hide();

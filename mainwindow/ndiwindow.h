@@ -2,7 +2,6 @@
 
 #include "charts/previewthread.h"
 #include "mainwindow/analysisrun.h"
-#include "mainwindow/sourcecatalog.h"
 #include "ndi/ndimetatypes.h"
 
 #include <QElapsedTimer>
@@ -15,16 +14,15 @@
 #include <functional>
 #include <memory>
 
-class CustomHeader;
+class ControlStates;
 class FormatProbes;
 class MachineTabs;
+class ModeSwitch;
 class PreviewChoice;
 class PreviewFeed;
-class QAbstractButton;
-class QCheckBox;
 class QIODevice;
-class QRadioButton;
 class SourceFinder;
+class SourceLists;
 class TestRun;
 struct AdapterProbes;
 namespace Ui {
@@ -109,18 +107,10 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    enum class Mode { single = 1, multiple = 2, analysis = 3, benchmark = 4 };
-
     bool initialize();
     void connectSignals();
-    void setUpTables();
     void setUpFinder();
     void setUpForRevisionOnly();
-    void switchMode(Mode mode);
-    void showBenchmarkMode();
-    void refuseAnalysis();
-    void chooseMode(QRadioButton *option);
-    void expandDetails(bool expanded);
     int measurementMinutes() const;
     int measurementMs() const;
     bool startSingle();
@@ -130,14 +120,7 @@ private:
     void beginRun();
     void armTestTimer(void (NDIWindow::*end)());
     void stopByUser();
-    void enableIdleControls();
     void takeFirstAnalysisSample(QTime time);
-    void addSourceRow(int index);
-    void updateStatusRows();
-    void setAllChecked(bool checked);
-    void sourceInfoReceived(int index, double fps, int fourCC, int width, int height);
-    void showSourceInfo(int index);
-    void showFormat(const SourceInfo &info);
     void markRevision(bool on);
     QString chosenReport();
     void readReport(QIODevice &file);
@@ -148,10 +131,8 @@ private:
     std::unique_ptr<Ui::NDIWindow> ui;
     std::unique_ptr<SourceFinder> sourceFinder; ///< lives on finderThread
     QThread finderThread;
-    SourceCatalog m_catalog;
-    CustomHeader *m_sourceHeader = nullptr; ///< of sourceTable, which owns it
-    QVector<QCheckBox *> sourceChecks;      ///< of sourceTable's rows, owned by the table
     std::unique_ptr<FormatProbes> m_probes;
+    std::unique_ptr<SourceLists> m_sources; ///< shows what the probes find
     std::unique_ptr<TestRun> m_test;
     std::unique_ptr<AnalysisRun> m_analysis;
     QTimer testTimer;                 ///< single shot, the length of the test
@@ -162,11 +143,11 @@ private:
     PreviewThread previewThread;      ///< asks for the preview's repaints
     std::unique_ptr<PreviewFeed> m_previewFeed;
     std::unique_ptr<PreviewChoice> m_previewChoice;
+    std::unique_ptr<ModeSwitch> m_modes;
+    std::unique_ptr<ControlStates> m_controls;
     std::unique_ptr<MachineTabs> m_machineTabs;
-    QAbstractButton *m_lastOption = nullptr; ///< the mode's radio button before ANALYSIS was tried
-    bool m_isLibraryInUse = false;           ///< NDIlib_initialize() succeeded
+    bool m_isLibraryInUse = false; ///< NDIlib_initialize() succeeded
     bool m_isClosing = false;
     int m_emptySearches = 0; ///< in a row
     bool m_isInDialog = false;
-    bool m_isCheckingAll = false;
 };

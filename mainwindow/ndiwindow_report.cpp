@@ -1,5 +1,6 @@
 // Export and import of the charts: the dialogs and which charts take part.
-#include "charts/customplot.h"
+#include "mainwindow/chartreport.h"
+#include "mainwindow/modeswitch.h"
 #include "mainwindow/ndiwindow.h"
 #include "mainwindow/ndiwindowform.h"
 #include "mainwindow/reportreader.h"
@@ -11,87 +12,9 @@
 #include <QFileDialog>
 #include <QTextStream>
 
-#include <algorithm>
-#include <map>
-#include <vector>
-
 namespace {
 
 const QString fileFilter = QStringLiteral("Tessaly NDI VEXA Data Files (*.vdf)");
-
-ReportChart contentsOf(const CustomPlot &chart, ReportChartKind kind)
-{
-    ReportChart contents;
-    contents.kind = kind;
-    contents.lengthS = chart.axisLengthS();
-    contents.top = chart.axisTop();
-    contents.graphs.resize(static_cast<std::size_t>(chart.seriesCount()));
-    for (int i = 0; i < chart.seriesCount(); ++i) {
-        std::vector<ReportPoint> &graph = contents.graphs[static_cast<std::size_t>(i)];
-        if (kind == ReportChartKind::latency) {
-            const PointSeries &average = chart.averagePoints(i);
-            const PointSeries &maximum = chart.maximumPoints(i);
-            const PointSeries &minimum = chart.minimumPoints(i);
-            graph.resize(std::min({average.size(), maximum.size(), minimum.size()}));
-            for (std::size_t k = 0; k < graph.size(); ++k)
-                graph[k] = {average[k].x(), average[k].y(), maximum[k].y(), minimum[k].y()};
-        } else {
-            const PointSeries &points = chart.plainPoints(i);
-            graph.resize(points.size());
-            for (std::size_t k = 0; k < graph.size(); ++k)
-                graph[k] = {points[k].x(), points[k].y(), 0.0, 0.0};
-        }
-    }
-    return contents;
-}
-
-/// Keeps what a report holds of each chart. A later section replaces an earlier one of its chart, so only the last
-/// is ever shown: a file of nothing but sections must not have the legends built anew for each.
-class ChartFiller final : public ReportVisitor {
-public:
-    void startChart(ReportChartKind kind, int lengthS, int top, int graphs) override
-    {
-        m_sections[kind] = {lengthS, top, graphs, {}};
-    }
-    void addPoint(ReportChartKind kind, int graph, int timeMs, double value) override
-    {
-        m_sections[kind].points.push_back({graph, timeMs, value, 0.0, 0.0});
-    }
-    void addBand(ReportChartKind kind, int graph, int timeMs, double minimum, double maximum, double average) override
-    {
-        m_sections[kind].points.push_back({graph, timeMs, average, minimum, maximum});
-    }
-    /// Charts without a section keep what they hold.
-    void fill(const std::map<ReportChartKind, CustomPlot *> &charts) const
-    {
-        for (const auto &[kind, section] : m_sections) {
-            CustomPlot *chart = charts.at(kind);
-            chart->setMetaInfo(section.lengthS, section.top, section.graphs);
-            for (const Point &point : section.points) {
-                if (kind == ReportChartKind::latency)
-                    chart->appendNewMultiData(point.graph, point.timeMs, point.minimum, point.maximum, point.value);
-                else
-                    chart->appendNewData(point.graph, point.timeMs, point.value);
-            }
-        }
-    }
-
-private:
-    struct Point {
-        int graph;
-        int timeMs;
-        double value; ///< the average of a band
-        double minimum;
-        double maximum;
-    };
-    struct Section {
-        int lengthS = 0;
-        int top = 0;
-        int graphs = 0;
-        std::vector<Point> points;
-    };
-    std::map<ReportChartKind, Section> m_sections;
-};
 
 /// The file that the user chooses, empty when none.
 QString chosenFile(QWidget *parent, const QString &title, QFileDialog::AcceptMode mode)
@@ -173,15 +96,15 @@ void NDIWindow::readReport(QIODevice &file)
     ReportReader reader(&file);
     switch (reader.readTest()) {
     case ReportTest::single:
-        chooseMode(ui->singleOption);
+        m_modes->choose(ui->singleOption);
         break;
     case ReportTest::multiple:
-        chooseMode(ui->multiOption);
+        m_modes->choose(ui->multiOption);
         break;
     case ReportTest::analysis:
         if (!ui->analysisOption->isEnabled() || !m_parts.analysisToolThere())
             return;
-        chooseMode(ui->analysisOption);
+        m_modes->choose(ui->analysisOption);
         break;
     case ReportTest::none:
         break;
