@@ -8,8 +8,9 @@ add_feature_info(fuzz-targets VEXA_FUZZ "libFuzzer, run by scripts/fuzz")
 
 find_program(VEXA_CCACHE ccache)
 if(VEXA_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  # What it needs to take precompiled headers, too; GCC also -fpch-preprocess.
   set(CMAKE_C_COMPILER_LAUNCHER "${VEXA_CCACHE}")
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${VEXA_CCACHE}")
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros "${VEXA_CCACHE}")
 endif()
 
 set(CMAKE_CXX_STANDARD 17)
