@@ -6,10 +6,13 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QFile>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QPointer>
 #include <QProxyStyle>
 #include <QPushButton>
@@ -20,6 +23,7 @@
 #include <QSpinBox>
 #include <QStyleFactory>
 #include <QTabBar>
+#include <QTemporaryDir>
 #include <QTextEdit>
 #include <QToolButton>
 #include <QToolTip>
@@ -133,6 +137,17 @@ private:
 
 } // namespace
 
+// The macros may not stand inside of a namespace.
+static void takeSheetAway()
+{
+    Q_CLEANUP_RESOURCE(style);
+}
+
+static void bringSheetBack()
+{
+    Q_INIT_RESOURCE(style);
+}
+
 class TestDarkStyle final : public TestBase {
     Q_OBJECT
 
@@ -153,8 +168,12 @@ private slots:
     void ownIndicatorOfACheckBoxWins();
     void focusIsSeen_data();
     void focusIsSeen();
+    void focusOfAPictureIsSeenByKeysOnly();
     void disabledIsSeen_data();
     void disabledIsSeen();
+    void plainFont();
+    void dialogButtonsHaveNoIcons();
+    void withoutTheSheet();
     void checkStatesAreSeen();
     void noiseOfLegendButtonsIsDropped();
     void otherMessagesPass_data();
@@ -429,6 +448,107 @@ void TestDarkStyle::focusIsSeen()
             best = qMax(best, contrast(with.pixelColor(x, y), without.pixelColor(x, y)));
     }
     QVERIFY2(best >= 3.0, qPrintable(QString::number(best)));
+}
+
+void TestDarkStyle::focusOfAPictureIsSeenByKeysOnly()
+{
+    QApplication::setStyle(new DarkStyle);
+    QWidget window;
+    QToolButton button(&window);
+    // A picture by a style sheet alone, in the highlight's colour.
+    QTemporaryDir folder;
+    QImage accent(24, 24, QImage::Format_RGB32);
+    accent.fill(QColor(0x15, 0xcf, 0xbb));
+    QVERIFY(accent.save(folder.filePath(QStringLiteral("accent.png"))));
+    button.setStyleSheet(
+        QStringLiteral("QToolButton{border-image: url(%1);}").arg(folder.filePath(QStringLiteral("accent.png"))));
+    button.setFocusPolicy(Qt::StrongFocus);
+    button.setGeometry(10, 10, 24, 24);
+    window.resize(60, 60);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    button.clearFocus();
+    const QImage without = picture(button);
+    button.setFocus(Qt::MouseFocusReason);
+    window.setAttribute(Qt::WA_KeyboardFocusChange, false);
+    QTRY_VERIFY(button.hasFocus());
+    QCOMPARE(differingPixels(without, picture(button)), 0);
+    window.setAttribute(Qt::WA_KeyboardFocusChange);
+    const QImage with = picture(button);
+    QVERIFY2(differingPixels(without, with) >= 60, qPrintable(QString::number(differingPixels(without, with))));
+    QCOMPARE(with.pixelColor(12, 0), QColor(Qt::white));
+}
+
+void TestDarkStyle::plainFont()
+{
+    QApplication::setStyle(new DarkStyle);
+    const QFont before = QApplication::font();
+    QFont caption = before;
+    caption.setBold(true);
+    caption.setPixelSize(20);
+    QApplication::setFont(caption);
+    expectWarning(QStringLiteral("propagateSizeHints")); // of the platform without a screen
+    QFileDialog dialog;
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.show();
+    const QMenu menu;
+    menu.ensurePolished();
+    const QPushButton outside;
+    outside.ensurePolished();
+    QVector<QFont> plain{menu.font(), dialog.font()};
+    const QList<QWidget *> inside = dialog.findChildren<QWidget *>();
+    for (const QWidget *widget : inside) {
+        if (widget->isVisible())
+            plain.append(widget->font());
+    }
+    const QFont large = outside.font();
+    dialog.hide();
+    QApplication::setFont(before);
+    QVERIFY(plain.size() > 15);
+    for (const QFont &font : qAsConst(plain)) {
+        QCOMPARE(font.pixelSize(), 12);
+        QVERIFY(!font.bold());
+    }
+    QCOMPARE(large.pixelSize(), 20);
+    QVERIFY(large.bold());
+}
+
+void TestDarkStyle::dialogButtonsHaveNoIcons()
+{
+    QApplication::setStyle(new DarkStyle);
+    const QDialogButtonBox box(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
+    const QList<QAbstractButton *> buttons = box.buttons();
+    QCOMPARE(buttons.size(), 2);
+    for (const QAbstractButton *button : buttons)
+        QVERIFY(button->icon().isNull());
+}
+
+void TestDarkStyle::withoutTheSheet()
+{
+    QApplication::setStyle(new DarkStyle); // brings the sheet in
+    setPlainStyle();
+    QVERIFY(!sheetOfResource().isEmpty());
+    takeSheetAway();
+    QVERIFY(sheetOfResource().isEmpty());
+    qApp->setStyleSheet(QStringLiteral("QLabel{color:red}"));
+    QApplication::setStyle(new DarkStyle);
+    const QString sheet = qApp->styleSheet();
+    const QPalette palette = QApplication::palette();
+    QLineEdit line;
+    line.resize(120, 30);
+    const QImage drawn = picture(line);
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    const QString sheetAfter = qApp->styleSheet();
+    bringSheetBack();
+    QCOMPARE(sheet, QStringLiteral("QLabel{color:red}"));
+    QCOMPARE(sheetAfter, sheet);
+    QCOMPARE(palette.color(QPalette::Window), QColor(0x20, 0x20, 0x20));
+    QVERIFY(luminance(drawn.pixelColor(60, 15)) < 0.02);
+    setPlainStyle();
+    QApplication::setStyle(new DarkStyle);
+    QCOMPARE(qApp->styleSheet(), sheetOfResource());
+    QVERIFY(!sheetOfResource().isEmpty());
 }
 
 void TestDarkStyle::disabledIsSeen_data()

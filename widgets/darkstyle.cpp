@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QFileDialog>
+#include <QMenu>
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QStyleOption>
@@ -20,6 +22,8 @@ const QColor raisedColor(0x33, 0x33, 0x33);
 const QColor edgeLine(0x77, 0x77, 0x77);
 const QColor disabledEdgeLine(0x3a, 0x3a, 0x3a);
 const QColor tipColor(0x2b, 0x2b, 0x2b);
+
+constexpr int textSize = 12; // px, as in the window's own tables
 
 const QString noSheet = QStringLiteral("/* none */");
 
@@ -120,6 +124,21 @@ void drawFocus(const QStyleOption &option, QPainter *painter)
     drawOutline(option.rect, option.palette.color(onHighlight ? QPalette::WindowText : QPalette::Highlight), painter);
 }
 
+/// The window's sheets give some buttons a picture and nothing that tells the focus.
+bool isPictureOfSheet(const QStyleOption &option)
+{
+    const auto *const button = qstyleoption_cast<const QStyleOptionToolButton *>(&option);
+    return button && button->text.isEmpty() && button->icon.isNull()
+           && !button->features.testFlag(QStyleOptionToolButton::Arrow);
+}
+
+/// The application's font is made for captions: large and bold. Under a style sheet of the application a dialog does
+/// not hand its font on, so each of its widgets is asked.
+bool hasPlainText(const QWidget &widget)
+{
+    return qobject_cast<const QMenu *>(&widget) || qobject_cast<const QFileDialog *>(widget.window());
+}
+
 /// Fields that are drawn without the style sheet get the edge that it gives to a line edit.
 bool isField(QStyle::ComplexControl control, const QStyleOptionComplex &option)
 {
@@ -186,8 +205,9 @@ void DarkStyle::polish(QApplication *application)
     if (m_switching)
         return;
     QProxyStyle::polish(application);
-    QToolTip::setPalette(darkPalette()); // a desktop may bring its own for tool tips alone
-    initStyleResources();
+    QToolTip::setPalette(darkPalette());                            // a desktop may bring its own for tool tips alone
+    static const bool isSheetLinked = (initStyleResources(), true); // once
+    Q_UNUSED(isSheetLinked)
     const QString sheet = readSheet();
     if (sheet.isEmpty())
         return;
@@ -218,6 +238,25 @@ void DarkStyle::unpolish(QApplication *application)
     }
     m_sheet.clear();
     QProxyStyle::unpolish(application);
+}
+
+void DarkStyle::polish(QWidget *widget)
+{
+    QProxyStyle::polish(widget);
+    if (!hasPlainText(*widget))
+        return;
+    QFont font = widget->font();
+    font.setWeight(QFont::Normal);
+    font.setPixelSize(textSize);
+    widget->setFont(font);
+}
+
+int DarkStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                         QStyleHintReturn *returned) const
+{
+    if (hint == SH_DialogButtonBox_ButtonsHaveIcons) // some desktops bring theirs
+        return 0;
+    return QProxyStyle::styleHint(hint, option, widget, returned);
 }
 
 void DarkStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
@@ -257,6 +296,9 @@ void DarkStyle::drawControl(ControlElement element, const QStyleOption *option, 
     QProxyStyle::drawControl(element, option, painter, widget);
     if (element == CE_TabBarTabLabel && option->state.testFlag(State_HasFocus)) // Fusion only tints its edge
         drawOutline(option->rect.adjusted(3, 3, -3, -2), option->palette.color(QPalette::Highlight), painter);
+    if (element == CE_ToolButtonLabel && option->state.testFlag(State_HasFocus)
+        && option->state.testFlag(State_KeyboardFocusChange) && isPictureOfSheet(*option))
+        drawOutline(option->rect, white, painter); // the picture may have the highlight's colour
 }
 
 void DarkStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex *option, QPainter *painter,

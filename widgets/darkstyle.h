@@ -27,8 +27,12 @@ public:
     /// Puts the former style sheet back, unless somebody has set another one since. If there was none, that is done
     /// when control is back in the event loop.
     void unpolish(QApplication *application) override;
+    /// File dialogs and menus get a plain font in the size of the window's tables, and keep it.
+    void polish(QWidget *widget) override;
 
     QPalette standardPalette() const override;
+    int styleHint(StyleHint hint, const QStyleOption *option = nullptr, const QWidget *widget = nullptr,
+                  QStyleHintReturn *returned = nullptr) const override;
     void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
                        const QWidget *widget = nullptr) const override;
     void drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,

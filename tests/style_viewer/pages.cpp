@@ -183,7 +183,6 @@ std::unique_ptr<QWidget> makeFocusPage()
     auto *with = new QLabel;
     FocusShot shot;
     shot.resize(300, 520);
-    shot.setAttribute(Qt::WA_KeyboardFocusChange); // as after a key
     shot.show();
     QCoreApplication::processEvents();
     without->setPixmap(shot.grab());
@@ -193,6 +192,7 @@ std::unique_ptr<QWidget> makeFocusPage()
         shot.activateWindow();
         widget->setFocus(Qt::TabFocusReason);
         QCoreApplication::processEvents();
+        shot.setAttribute(Qt::WA_KeyboardFocusChange); // as after a key
         painter.drawPixmap(widget->pos(), widget->grab());
     }
     painter.end();
