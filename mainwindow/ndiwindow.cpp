@@ -1,5 +1,6 @@
 #include "mainwindow/ndiwindow.h"
 
+#include "app/recordfile.h"
 #include "app/testrun.h"
 #include "charts/cpugputrack.h"
 #include "charts/customplot.h"
@@ -15,6 +16,7 @@
 #include "mainwindow/resulttables.h"
 #include "mainwindow/sourcelists.h"
 #include "mainwindow/videoformat.h"
+#include "mainwindow/windowlog.h"
 #include "ndi/ndilib.h"
 #include "ndi/sourcefinder.h"
 #include "probes/analysistool.h"
@@ -279,6 +281,7 @@ void NDIWindow::getNDISource(const NDIlib_source_t *sources, int no_sources)
     }
     m_emptySearches = 0;
     m_sources->replace(sources, no_sources);
+    qCDebug(windowLog, "sources listed: %d", no_sources);
 }
 
 int NDIWindow::measurementMinutes() const
@@ -351,6 +354,7 @@ bool NDIWindow::startSingle()
     emit fpsSetMetaInfo(lengthS, singleFpsTop, receivers);
     emit pingSetMetaInfo(lengthS, latencyTop, receivers);
     orderFocus(*ui); // the legends have new buttons
+    qCDebug(windowLog, "test started: single, %d receivers", receivers);
     startSourceTest(source, receivers, 0);
     m_previewChoice->offer({{QString::number(source + 1), source}});
     m_controls->enter(ControlStates::single);
@@ -373,6 +377,7 @@ bool NDIWindow::startMultiple()
     emit dataRateSetMetaInfo(lengthS, dataRateTop, checked.size());
     emit pingSetMetaInfo(lengthS, latencyTop, checked.size());
     orderFocus(*ui);
+    qCDebug(windowLog, "test started: multiple, %d receivers", checked.size());
     for (int k = 0; k < checked.size(); ++k) {
         emit setGraphLabel(k, QString::number(checked.at(k) + 1));
         startSourceTest(checked.at(k), 1, k);
@@ -396,6 +401,7 @@ void NDIWindow::startAnalysis()
     ui->waiting_spinner->startAnimation();
     ui->progress_viewer->hide();
     m_analysis->start(source, lengthS);
+    qCDebug(windowLog, "analysis started");
 }
 
 void NDIWindow::startBenchmark()
@@ -524,6 +530,7 @@ void NDIWindow::sourceTestFinished(int index)
         stopTest(); // all receivers ended by themselves
     m_controls->enter(ControlStates::idle);
     progressTimer.stop();
+    qCDebug(windowLog, "test ended: last record '%s'", qUtf8Printable(recordPath()));
 }
 
 void NDIWindow::finishAnalysis()
@@ -536,6 +543,7 @@ void NDIWindow::finishAnalysis()
     ui->waiting_spinner->stopAnimation();
     ui->waiting_spinner->hide();
     ui->progress_viewer->show();
+    qCDebug(windowLog, "analysis ended");
 }
 
 /// A tool that ended without a sample would leave the window waiting for ever.

@@ -1,0 +1,3 @@
+#include "mainwindow/windowlog.h"
+
+Q_LOGGING_CATEGORY(windowLog, "vexa.window", QtInfoMsg)
