@@ -17,7 +17,8 @@ struct OtherWindow {
 /// Those that are shown and have no owner among the process' windows on the screen's level, in no particular order.
 QVector<OtherWindow> windowsOf(qint64 processId);
 
-enum class Key { Return, Escape };
+enum class Key { Return, Escape, Tab, BackTab, Down, Right, Space, CtrlReturn, CtrlA, F5 };
+/// A key and its modifiers, pressed and released. On Linux the window gets the keyboard first.
 void pressKey(const OtherWindow &window, Key key);
 
 /// Asks the window to close, as the desktop does.

@@ -47,6 +47,39 @@ qint64 processOf(Display *display, Window window)
     return value.size() < static_cast<int>(sizeof(long)) ? -1 : *reinterpret_cast<const long *>(value.constData());
 }
 
+struct KeyStroke {
+    KeySym symbol;
+    unsigned int modifiers;
+};
+
+KeyStroke strokeOf(windowdriver::Key key)
+{
+    using windowdriver::Key;
+    switch (key) {
+    case Key::Return:
+        return {XK_Return, 0};
+    case Key::Escape:
+        return {XK_Escape, 0};
+    case Key::Tab:
+        return {XK_Tab, 0};
+    case Key::Down:
+        return {XK_Down, 0};
+    case Key::BackTab:
+        return {XK_Tab, ShiftMask};
+    case Key::Right:
+        return {XK_Right, 0};
+    case Key::Space:
+        return {XK_space, 0};
+    case Key::CtrlReturn:
+        return {XK_Return, ControlMask};
+    case Key::CtrlA:
+        return {XK_a, ControlMask};
+    case Key::F5:
+        return {XK_F5, 0};
+    }
+    return {NoSymbol, 0};
+}
+
 } // namespace
 
 namespace windowdriver {
@@ -86,7 +119,11 @@ void pressKey(const OtherWindow &window, Key key)
     event.xkey.root = DefaultRootWindow(display.get());
     event.xkey.same_screen = True;
     event.xkey.time = CurrentTime;
-    event.xkey.keycode = XKeysymToKeycode(display.get(), key == Key::Return ? XK_Return : XK_Escape);
+    const KeyStroke stroke = strokeOf(key);
+    event.xkey.keycode = XKeysymToKeycode(display.get(), stroke.symbol);
+    event.xkey.state = stroke.modifiers;
+    // Shortcuts work in the active window only, and without a window manager nobody else makes it that.
+    XSetInputFocus(display.get(), window.handle, RevertToPointerRoot, CurrentTime);
     for (const int type : {KeyPress, KeyRelease}) {
         event.type = type;
         XSendEvent(display.get(), window.handle, True, type == KeyPress ? KeyPressMask : KeyReleaseMask, &event);

@@ -9,6 +9,33 @@ HWND nativeOf(const windowdriver::OtherWindow &window)
     return reinterpret_cast<HWND>(static_cast<quintptr>(window.handle));
 }
 
+/// Modifiers cannot be sent to another process' window: a key that needs one has none here.
+WPARAM codeOf(windowdriver::Key key)
+{
+    using windowdriver::Key;
+    switch (key) {
+    case Key::Return:
+        return VK_RETURN;
+    case Key::Escape:
+        return VK_ESCAPE;
+    case Key::Tab:
+        return VK_TAB;
+    case Key::Down:
+        return VK_DOWN;
+    case Key::Right:
+        return VK_RIGHT;
+    case Key::Space:
+        return VK_SPACE;
+    case Key::F5:
+        return VK_F5;
+    case Key::BackTab:
+    case Key::CtrlReturn:
+    case Key::CtrlA:
+        break;
+    }
+    return 0;
+}
+
 struct Search {
     DWORD processId;
     QVector<windowdriver::OtherWindow> *found;
@@ -44,7 +71,9 @@ QVector<OtherWindow> windowsOf(qint64 processId)
 
 void pressKey(const OtherWindow &window, Key key)
 {
-    const WPARAM code = key == Key::Return ? VK_RETURN : VK_ESCAPE;
+    const WPARAM code = codeOf(key);
+    if (code == 0)
+        return;
     PostMessageW(nativeOf(window), WM_KEYDOWN, code, 1);
     PostMessageW(nativeOf(window), WM_KEYUP, code, static_cast<LPARAM>(0xC0000001));
 }

@@ -1,0 +1,329 @@
+#include "tests/faults/drivenwindow.h"
+#include "tests/support/testbase.h"
+#include "tests/support/truthcheck.h"
+
+#include <QtTest>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
+
+namespace {
+
+constexpr int busyMs = 150; ///< what the machine may be late
+
+QByteArray source(const QByteArray &name, const QByteArray &more,
+                  const QByteArray &size = R"("width":640,"height":360,)")
+{
+    return R"({"name":")" + name + "\"," + size + more + "}";
+}
+
+QByteArray fifty(const QByteArray &name, const QByteArray &more)
+{
+    return source(name, R"("rateN":50,"rateD":1)" + (more.isEmpty() ? more : "," + more));
+}
+
+QByteArray scenario(const QByteArrayList &sources)
+{
+    // Long queues: whatever the machine does to the runtime, the loss of a frame is the program's fault.
+    return R"({"queueFrames":1000,"discoveryMs":0,"discoveryBatch":100000,"sources":[)" + sources.join(',') + "]}";
+}
+
+/// Those of a receiver's frames that came before the test was asked to end must all be rows, in order and in time.
+QString everyFrameIsARow(const QVector<TestRecordRow> &rows, const ReceiverTruth &truth, qint64 endNs)
+{
+    if (rows.size() > truth.frames.size())
+        return QStringLiteral("%1 rows of %2 frames").arg(rows.size()).arg(truth.frames.size());
+    for (int i = 0; i < rows.size(); ++i) {
+        if (qAbs(rows.at(i).timeMs - truth.timeMs(i)) > busyMs)
+            return QStringLiteral("row %1 says %2 ms, it was %3 ms").arg(i).arg(rows.at(i).timeMs).arg(truth.timeMs(i));
+        const int intervalMs = i == 0 ? 0 : rows.at(i).timeMs - rows.at(i - 1).timeMs;
+        if (rows.at(i).intervalMs != intervalMs)
+            return QStringLiteral("row %1 has interval %2, not %3").arg(i).arg(rows.at(i).intervalMs).arg(intervalMs);
+    }
+    for (int i = rows.size(); i < truth.frames.size(); ++i) {
+        if (truth.frames.at(i).timeNs < endNs - busyMs * qint64(1000000))
+            return QStringLiteral("frame %1 has no row").arg(i);
+    }
+    return {};
+}
+
+/// Nothing was lost, freed twice or asked of the dead.
+QString misuse(const std::vector<loopback::TruthRecord> &events)
+{
+    for (const char *kind : {"drop", "dead", "refree"}) {
+        if (loopback::countTruth(events, kind) != 0)
+            return QStringLiteral("%1 of kind %2").arg(loopback::countTruth(events, kind)).arg(QLatin1String(kind));
+    }
+    return {};
+}
+
+/// The receivers that were made for a source of the scenario, in their order; the first one asks for its format.
+QVector<ReceiverTruth> receiversOf(const std::vector<loopback::TruthRecord> &events, int sourceIndex)
+{
+    const QVector<ReceiverTruth> all = truthOfReceivers(events);
+    QVector<ReceiverTruth> found;
+    for (const loopback::TruthRecord &event : events) {
+        if (event.kind == "create" && event.number == sourceIndex)
+            found.append(all.at(int(event.receiver)));
+    }
+    return found;
+}
+
+int longIntervals(const QVector<TestRecordRow> &rows, int ms)
+{
+    return static_cast<int>(
+        std::count_if(rows.cbegin(), rows.cend(), [ms](const TestRecordRow &row) { return row.intervalMs >= ms; }));
+}
+
+/// What the frames of a source declare, and what its rows must say.
+struct Declared {
+    QByteArray name;
+    QByteArray json;
+    int width = 640;
+    int height = 360;
+    double defaultFps = 50;
+};
+
+Declared ofRate(const QByteArray &name, const QByteArray &numerator, const QByteArray &denominator, double shown)
+{
+    return {name, source(name, R"("rateN":)" + numerator + R"(,"rateD":)" + denominator + R"(,"clockRateN":50)"), 640,
+            360, shown};
+}
+
+Declared ofSize(const QByteArray &name, int width, int height, const QByteArray &more = QByteArray())
+{
+    const QByteArray size =
+        R"("width":)" + QByteArray::number(width) + R"(,"height":)" + QByteArray::number(height) + ",";
+    return {name, source(name, R"("rateN":50,"rateD":1)" + more, size), width, height, 50};
+}
+
+/// A window whose sources are measured one after the other, and when each test was asked to end.
+struct Tour {
+    std::vector<Declared> stops;
+    std::unique_ptr<DrivenWindow> window;
+    std::vector<qint64> endsNs;
+};
+
+} // namespace
+
+/// Sources that misbehave in every way, measured by the program with its window and its preview. The records must
+/// hold what the truth file says.
+class TestFaultsWindow final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void framesThatDeclareNonsense();
+    void faultsInTheMiddle();
+    void errorsOnAllReceivers();
+};
+
+/// Each source in its turn, with two receivers and the preview on it.
+void TestFaultsWindow::framesThatDeclareNonsense()
+{
+    std::array<Tour, 2> tours;
+    tours[0].stops = {ofRate("OVER NOTHING", "50", "0", 0),
+                      ofRate("OF NOTHING", "0", "1001", 0),
+                      ofRate("ONE", "1", "1", 1),
+                      {"FAST", source("FAST", R"("rateN":120000,"rateD":1001)"), 640, 360, 119},
+                      ofRate("HIGHEST", "2147483647", "1", 2147480000.0),
+                      ofRate("LOWEST", "-2147483648", "-1", 2147480000.0),
+                      ofRate("BACKWARDS", "-50", "1", -50),
+                      ofSize("ODD", 641, 361)};
+    tours[1].stops = {ofSize("NO SIZE", 0, 0),
+                      ofSize("ONE PIXEL", 1, 1),
+                      ofSize("NEGATIVE", -640, -360),
+                      ofSize("NEGATIVE WIDTH", -1, 1080),
+                      ofSize("SHORT LINES", 640, 360, R"(,"stride":100)"),
+                      ofSize("LONG LINES", 640, 360, R"(,"stride":4096)"),
+                      ofSize("LINES UPWARDS", 640, 360, R"(,"stride":-1280)"),
+                      ofSize("NO PIXELS", 640, 360, R"(,"noData":true)"),
+                      ofSize("HUGE", 16384, 16384, R"(,"clockRateN":5)")};
+    std::size_t longest = 0;
+    for (Tour &tour : tours) {
+        QByteArrayList sources;
+        for (const Declared &declared : tour.stops)
+            sources.append(declared.json);
+        tour.window = std::make_unique<DrivenWindow>();
+        tour.window->setScenario(scenario(sources));
+        tour.window->start();
+        longest = qMax(longest, tour.stops.size());
+    }
+    for (Tour &tour : tours) {
+        QVERIFY2(tour.window->isOpen(int(tour.stops.size())), tour.window->account());
+        tour.window->chooseTwoReceivers();
+    }
+    for (std::size_t stop = 0; stop < longest; ++stop) {
+        for (Tour &tour : tours) {
+            if (stop < tour.stops.size())
+                tour.window->startOrStop();
+        }
+        for (Tour &tour : tours) {
+            if (stop < tour.stops.size())
+                QVERIFY2(tour.window->hasStarted("single, 2 receivers", int(stop) + 1), tour.window->account());
+        }
+        QTest::qWait(1300); // so long are they measured, and every record has its own second
+        for (Tour &tour : tours) {
+            if (stop < tour.stops.size()) {
+                tour.endsNs.push_back(DrivenWindow::steadyNs());
+                tour.window->startOrStop();
+            }
+        }
+        for (Tour &tour : tours) {
+            if (stop < tour.stops.size()) {
+                QVERIFY2(tour.window->hasEnded(int(stop) + 1), tour.window->account());
+                tour.window->press({DrivenWindow::Key::Down});
+            }
+        }
+    }
+    for (Tour &tour : tours) {
+        QVERIFY2(tour.window->closes(), tour.window->account());
+        const auto events = loopback::readTruth(tour.window->truthPath().toStdString());
+        QCOMPARE(misuse(events), QString());
+        const QStringList records = tour.window->records();
+        int record = 0;
+        for (std::size_t stop = 0; stop < tour.stops.size(); ++stop) {
+            const Declared &declared = tour.stops[stop];
+            const QVector<ReceiverTruth> receivers = receiversOf(events, int(stop));
+            QVERIFY2(receivers.size() >= 3, declared.name); // one for the format, two for the test
+            if (declared.width == 0)                        // nothing of it counts, so there is no record
+                continue;
+            QVERIFY2(record < records.size(), declared.name);
+            const TestRecord read = TestRecord::read(records.at(record++));
+            QCOMPARE(read.problem, QString());
+            QVERIFY2(read.rows.size() >= (declared.width == 16384 ? 4 : 60),
+                     (declared.name + ' ' + QByteArray::number(read.rows.size())).constData());
+            for (const TestRecordRow &row : read.rows) {
+                QCOMPARE(row.sourceName, declared.name);
+                QCOMPARE(row.width, declared.width);
+                QCOMPARE(row.height, declared.height);
+                QCOMPARE(row.defaultFps, declared.defaultFps);
+            }
+            const QVector<ReceiverTruth> two = receivers.mid(receivers.size() - 2);
+            const auto wrong = [&](int first, int second) {
+                return everyFrameIsARow(read.rowsOf(first), two.at(0), tour.endsNs[stop])
+                       + everyFrameIsARow(read.rowsOf(second), two.at(1), tour.endsNs[stop]);
+            };
+            QVERIFY2(wrong(1, 2).isEmpty() || wrong(2, 1).isEmpty(),
+                     (declared.name + ": " + wrong(1, 2).toUtf8()).constData());
+        }
+        QCOMPARE(record, int(records.size()));
+    }
+}
+
+/// All of them at once, in MULTIPLE.
+void TestFaultsWindow::faultsInTheMiddle()
+{
+    // A source's clock starts when the window asks for its format; the test begins a moment later.
+    const QByteArrayList sources{
+        fifty("STEADY", ""),
+        fifty("AWAY", R"("events":[{"kind":"vanish","atMs":5000,"ms":3000}])"),
+        fifty("GONE", R"("endMs":5000)"),
+        fifty("OTHER SIZE", R"("events":[{"kind":"vanish","atMs":5000,"ms":2000},)"
+                            R"({"kind":"size","atMs":6000,"width":1280,"height":720}])"),
+        fifty("ERROR", R"("events":[{"kind":"error","atMs":5000}])"),
+        fifty("SILENT", R"("startMs":3600000)"),
+        source("SLOWS DOWN", R"("rateN":60,"rateD":1,"events":[{"kind":"rate","atMs":5000,"rateN":25,"rateD":1}])"),
+        fifty("UNKNOWN", R"("events":[{"kind":"unknown","atMs":4500,"value":4711},{"kind":"unknown","atMs":4900,)"
+                         R"("value":-1},{"kind":"unknown","atMs":5300,"value":107},{"kind":"status","atMs":5700}])")};
+    DrivenWindow window;
+    window.setScenario(scenario(sources));
+    window.start();
+    QVERIFY2(window.isOpen(sources.size()), window.account());
+    window.chooseAllSources();
+    window.startOrStop();
+    QVERIFY2(window.hasStarted("multiple, 8 receivers"), window.account());
+    QTest::qWait(9500); // what happens to the sources happens by the clock
+    const qint64 endNs = DrivenWindow::steadyNs();
+    window.startOrStop();
+    QVERIFY2(window.hasEnded(), window.account());
+    QVERIFY2(window.closes(), window.account());
+
+    const auto events = loopback::readTruth(window.truthPath().toStdString());
+    QCOMPARE(misuse(events), QString());
+    QCOMPARE(int(loopback::countTruth(events, "error")), 1);
+    QCOMPARE(int(loopback::countTruth(events, "unknown")), 3);
+    QCOMPARE(window.records().size(), 1);
+    const TestRecord record = TestRecord::read(window.records().constFirst());
+    QCOMPARE(record.problem, QString());
+    std::map<QByteArray, QVector<TestRecordRow>> rows;
+    for (const TestRecordRow &row : record.rows)
+        rows[row.sourceName].append(row);
+    for (int i = 0; i < sources.size(); ++i) {
+        const QVector<ReceiverTruth> receivers = receiversOf(events, i);
+        QVERIFY2(receivers.size() == 2, sources.at(i));
+        const QString wrong = everyFrameIsARow(record.rowsOf(i + 1), receivers.at(1), endNs);
+        QVERIFY2(wrong.isEmpty(), qPrintable(QString::fromUtf8(sources.at(i)) + wrong));
+    }
+    const auto lastMs = [&rows](const char *name) { return rows.at(name).last().timeMs; };
+    const int endMs = lastMs("STEADY");
+    QVERIFY(endMs > 8500);
+    QCOMPARE(longIntervals(rows.at("AWAY"), 2900), 1);
+    QVERIFY(lastMs("AWAY") > endMs - 500);
+    QVERIFY(lastMs("GONE") > 1000 && lastMs("GONE") < 5500);
+    QVERIFY(lastMs("ERROR") > 1000 && lastMs("ERROR") < 5500);
+    QVERIFY(rows.find("SILENT") == rows.end());
+    bool isBack = false;
+    for (const TestRecordRow &row : rows.at("OTHER SIZE")) {
+        isBack = isBack || row.intervalMs >= 1900;
+        QCOMPARE(row.width, isBack ? 1280 : 640);
+    }
+    QVERIFY(isBack);
+    QCOMPARE(rows.at("SLOWS DOWN").first().defaultFps, 60.0);
+    QCOMPARE(rows.at("SLOWS DOWN").last().defaultFps, 25.0);
+    QVERIFY(qAbs(rows.at("SLOWS DOWN").last().fps - 25.0) < 1.5);
+    QVERIFY(lastMs("UNKNOWN") > endMs - 500);
+}
+
+/// The window must be ready for the next test without being told.
+void TestFaultsWindow::errorsOnAllReceivers()
+{
+    DrivenWindow first;
+    first.setScenario(scenario({fifty("NEVER", R"("startMs":3600000,"events":[{"kind":"error","atMs":5000}])")}));
+    DrivenWindow middle;
+    QByteArrayList three;
+    for (const char *name : {"ONE", "TWO", "THREE"})
+        three.append(fifty(name, R"("events":[{"kind":"error","atMs":5000},{"kind":"error","atMs":9000}])"));
+    middle.setScenario(scenario(three));
+    first.start();
+    middle.start();
+    QVERIFY2(first.isOpen(1), first.account());
+    first.chooseTwoReceivers();
+    first.startOrStop();
+    QVERIFY2(middle.isOpen(3), middle.account());
+    middle.chooseAllSources();
+    middle.startOrStop();
+    QVERIFY2(first.hasStarted("single, 2 receivers"), first.account());
+    QVERIFY2(middle.hasStarted("multiple, 3 receivers"), middle.account());
+    QVERIFY2(first.hasEnded(), first.account());
+    QVERIFY2(middle.hasEnded(), middle.account());
+    QVERIFY(first.records().isEmpty()); // nothing was measured
+    QCOMPARE(middle.records().size(), 1);
+    // Another one ends in the same way.
+    middle.startOrStop();
+    QVERIFY2(middle.hasStarted("multiple, 3 receivers", 2), middle.account());
+    QVERIFY2(middle.hasEnded(2), middle.account());
+    QVERIFY2(first.closes(), first.account());
+    QVERIFY2(middle.closes(), middle.account());
+    const QStringList records = middle.records();
+    QCOMPARE(records.size(), 2);
+    const auto events = loopback::readTruth(middle.truthPath().toStdString());
+    QCOMPARE(misuse(events), QString());
+    QCOMPARE(int(loopback::countTruth(events, "error")), 6);
+    for (int run = 0; run < 2; ++run) {
+        const TestRecord record = TestRecord::read(records.at(run));
+        QCOMPARE(record.problem, QString());
+        for (int i = 0; i < 3; ++i) {
+            const QVector<ReceiverTruth> receivers = receiversOf(events, i);
+            QCOMPARE(receivers.size(), 3);
+            QCOMPARE(everyFrameIsARow(record.rowsOf(i + 1), receivers.at(run + 1), DrivenWindow::steadyNs()),
+                     QString());
+            QVERIFY(record.rowsOf(i + 1).size() > 50);
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(TestFaultsWindow)
+
+#include "tst_faults_window.moc"
