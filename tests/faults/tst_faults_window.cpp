@@ -272,7 +272,12 @@ void TestFaultsWindow::faultsInTheMiddle()
     QVERIFY(isBack);
     QCOMPARE(rows.at("SLOWS DOWN").first().defaultFps, 60.0);
     QCOMPARE(rows.at("SLOWS DOWN").last().defaultFps, 25.0);
-    QVERIFY(qAbs(rows.at("SLOWS DOWN").last().fps - 25.0) < 1.5);
+    // The middle one of the last second's: the machine may hold the very last frames up.
+    std::vector<double> rates;
+    for (const TestRecordRow &row : rows.at("SLOWS DOWN").mid(rows.at("SLOWS DOWN").size() - 25))
+        rates.push_back(row.fps);
+    std::sort(rates.begin(), rates.end());
+    QVERIFY2(qAbs(rates.at(rates.size() / 2) - 25.0) < 1.5, qPrintable(QString::number(rates.at(rates.size() / 2))));
     QVERIFY(lastMs("UNKNOWN") > endMs - 500);
 }
 

@@ -273,9 +273,26 @@ void TestFaultsWindowSystem::closedInEveryState()
     };
     states["message open"].byInterrupt = true;
 
+    states["analysis waiting"].reach = [](StageWindow *window) {
+        if (!window->isOpen(1))
+            return false;
+        window->press({Key::Tab, Key::Right, Key::Right, Key::Space, Key::CtrlReturn});
+        return window->hasSaid("vexa.window: analysis started\n")
+               && QTest::qWaitFor([window] { return QFile::exists(window->folder() + QStringLiteral("/running")); },
+                                  20000);
+    };
+    // A tool that says nothing.
+    QFile tool(states["analysis waiting"].window->folder() + QStringLiteral("/NDIAnalysis"));
+    QVERIFY(tool.open(QIODevice::WriteOnly));
+    tool.write("#!/bin/sh\necho $$ >\"$TOOL_FOLDER/running\"\nexec sleep 1000\n");
+    tool.close();
+    QVERIFY(tool.setPermissions(tool.permissions() | QFile::ExeOwner));
+
     for (auto &[name, state] : states) {
         state.window->setScenario(state.scenario);
-        state.window->setVariable(QStringLiteral("PATH"), QStringLiteral("/usr/bin:/bin")); // no analysis tool there
+        const QString folder = name == "analysis waiting" ? state.window->folder() + QLatin1Char(':') : QString();
+        state.window->setVariable(QStringLiteral("PATH"), folder + QStringLiteral("/usr/bin:/bin"));
+        state.window->setVariable(QStringLiteral("TOOL_FOLDER"), state.window->folder());
         state.window->start();
     }
     for (auto &[name, state] : states) {
@@ -297,6 +314,11 @@ void TestFaultsWindowSystem::closedInEveryState()
         }
         QVERIFY(QDir(state.window->home() + QStringLiteral("/journal")).entryList(QDir::Files).isEmpty());
     }
+    QFile running(states["analysis waiting"].window->folder() + QStringLiteral("/running"));
+    QVERIFY(running.open(QIODevice::ReadOnly));
+    const auto toolProcess = static_cast<pid_t>(running.readAll().trimmed().toInt());
+    QVERIFY(toolProcess > 1);
+    QTRY_VERIFY(kill(toolProcess, 0) != 0); // the tool does not outlive the program
 }
 
 QTEST_GUILESS_MAIN(TestFaultsWindowSystem)

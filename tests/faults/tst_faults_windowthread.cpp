@@ -1,0 +1,143 @@
+#include "app/recordfile.h"
+#include "charts/customplot.h"
+#include "loopback/truthreader.h"
+#include "mainwindow/ndiwindow.h"
+#include "ndi/ndilib.h"
+#include "resources/vexaresources.h"
+#include "tests/support/testbase.h"
+#include "tests/support/truthcheck.h"
+#include "tests/support/windowcase.h"
+#include "ui_ndiwindow.h"
+#include "widgets/stylesheetnoise.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QThread>
+
+namespace {
+
+constexpr int receiverCount = 8;
+constexpr int stallMs = 5000;
+constexpr int busyMs = 150; ///< what the machine may be late
+
+} // namespace
+
+/// What cannot be done to the window from outside of its process. One window for all: the runtime is left once.
+class TestFaultsWindowThread final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void stalledForFiveSeconds();
+    void twoHundredStartsAndStops();
+    void cleanupTestCase();
+
+private:
+    const Ui::NDIWindow &ui() const { return m_window->form(); }
+    bool isIdle() const { return ui().btn_test->text() == QStringLiteral("TEST") && ui().timeList->isEnabled(); }
+    std::vector<loopback::TruthRecord> truth() const
+    {
+        return loopback::readTruth(m_home.filePath(QStringLiteral("truth.txt")).toStdString());
+    }
+
+    QTemporaryDir m_home;
+    std::unique_ptr<NDIWindow> m_window;
+};
+
+void TestFaultsWindowThread::initTestCase()
+{
+    initVexaResources();
+    QVERIFY(m_home.isValid());
+    for (const char *name : {"HOME", "XDG_CONFIG_HOME", "VEXA_JOURNAL_FOLDER"})
+        qputenv(name, m_home.path().toUtf8());
+    QFile file(m_home.filePath(QStringLiteral("scenario.json")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(R"({"queueFrames":1000,"discoveryMs":0,"discoveryBatch":100,"sources":[)"
+               R"({"name":"STAGE","width":640,"height":360,"rateN":50,"rateD":1}]})");
+    file.close();
+    qputenv("VEXA_LOOPBACK_SCENARIO", file.fileName().toUtf8());
+    qputenv("VEXA_LOOPBACK_TRUTH", m_home.filePath(QStringLiteral("truth.txt")).toUtf8());
+    qputenv("NDI_RUNTIME_DIR_V6", VEXA_LOOPBACK_DIR);
+    QVERIFY2(NDIlib_initialize(), qPrintable(ndiRuntimeProblem()));
+    expectScreenWarnings();
+    m_window = std::make_unique<NDIWindow>(NDIWindowParts::ofThisMachine());
+    m_window->show();
+    QTRY_COMPARE_WITH_TIMEOUT(ui().sourceList->count(), 1, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(ui().label_videoWidth->text() == QStringLiteral("640"), 20000); // its format is known
+}
+
+/// The receivers go on measuring on their own threads, and everything of it arrives.
+void TestFaultsWindowThread::stalledForFiveSeconds()
+{
+    expectScreenWarnings();
+    const StyleSheetNoiseFilter filter; // as in the program
+    ui().threadCount->setCurrentIndex(receiverCount - 1);
+    ui().btn_test->click();
+    QTRY_VERIFY_WITH_TIMEOUT(ui().fpsPlot->seriesCount() == receiverCount && ui().fpsPlot->plainPoints(0).size() > 25,
+                             20000);
+    const int paintsBefore = ui().fpsPlot->paints();
+    QThread::msleep(stallMs); // on purpose
+    QTRY_VERIFY_WITH_TIMEOUT(ui().fpsPlot->plainPoints(0).size() > (stallMs / 1000 + 2) * 50, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(ui().fpsPlot->paints() > paintsBefore + 3, 20000); // the charts are alive
+    const qint64 endNs =
+        std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
+            .count();
+    ui().btn_test->click();
+    QTRY_VERIFY_WITH_TIMEOUT(isIdle(), 20000);
+
+    const TestRecord record = TestRecord::read(recordPath());
+    QCOMPARE(record.problem, QString());
+    const auto events = truth();
+    QCOMPARE(int(loopback::countTruth(events, "drop")), 0);
+    const QVector<ReceiverTruth> receivers = truthOfReceivers(events).mid(1); // the first asked for the format
+    QCOMPARE(receivers.size(), receiverCount);
+    QVector<int> pairing;
+    QCOMPARE(pairWithTruth(record, receivers, busyMs, &pairing), QString());
+    for (int receiver = 0; receiver < receiverCount; ++receiver) {
+        const QVector<TestRecordRow> rows = record.rowsOf(receiver + 1);
+        QCOMPARE(checkRowsAmongThemselves(rows), QString());
+        const ReceiverTruth &handedOver = receivers.at(pairing.at(receiver));
+        for (int frame = rows.size(); frame < handedOver.frames.size(); ++frame)
+            QVERIFY(handedOver.frames.at(frame).timeNs > endNs - busyMs * qint64(1000000));
+        // The intervals do not show the stall: every one is that of its two frames.
+        for (int row = 1; row < rows.size(); ++row) {
+            const int trueMs = handedOver.timeMs(row) - handedOver.timeMs(row - 1);
+            QVERIFY2(qAbs(rows.at(row).intervalMs - trueMs) <= busyMs, qPrintable(QString::number(trueMs)));
+        }
+        QVERIFY(rows.size() > (stallMs / 1000 + 1) * 50);
+        QCOMPARE(int(ui().fpsPlot->plainPoints(receiver).size()), int(rows.size()));
+    }
+    QVERIFY(QFile::remove(recordPath()));
+}
+
+void TestFaultsWindowThread::twoHundredStartsAndStops()
+{
+    expectScreenWarnings();
+    const StyleSheetNoiseFilter filter; // as in the program
+    ui().threadCount->setCurrentIndex(1);
+    const int before = truthOfReceivers(truth()).size();
+    for (int run = 0; run < 200; ++run) {
+        ui().btn_test->click();
+        QCOMPARE(ui().btn_test->text(), QStringLiteral("STOP"));
+        if (run % 4 != 0) // some are stopped before they have begun
+            QTRY_VERIFY_WITH_TIMEOUT(ui().fpsPlot->plainPoints(0).size() > 0, 20000);
+        ui().btn_test->click();
+        QTRY_VERIFY_WITH_TIMEOUT(isIdle(), 20000);
+    }
+    const auto events = truth();
+    QCOMPARE(truthOfReceivers(events).size(), before + 400);
+    QCOMPARE(int(loopback::countTruth(events, "destroy")), before + 400);
+    QCOMPARE(int(loopback::countTruth(events, "dead")), 0);
+    QCOMPARE(int(loopback::countTruth(events, "refree")), 0);
+    QCOMPARE(TestRecord::read(recordPath()).problem, QString());
+    QVERIFY(QDir(m_home.path()).entryList({QStringLiteral("*.journal")}, QDir::Files).isEmpty());
+}
+
+void TestFaultsWindowThread::cleanupTestCase()
+{
+    m_window.reset();
+}
+
+QTEST_MAIN(TestFaultsWindowThread)
+
+#include "tst_faults_windowthread.moc"
