@@ -55,6 +55,7 @@ public:
 struct Documents {
     const char *name;
     QString preparation; ///< shell
+    int rate = 25;       ///< of the source
     std::unique_ptr<StageWindow> window;
 };
 
@@ -72,6 +73,7 @@ class TestFaultsWindowSystem final : public TestBase {
     Q_OBJECT
 
 private slots:
+    void runtimesOfNoUse();
     void documentsThatTakeNothing();
     void noHome();
     void clockThatJumps();
@@ -79,10 +81,41 @@ private slots:
     void closedInEveryState();
 };
 
+/// The program says why, and can be left.
+void TestFaultsWindowSystem::runtimesOfNoUse()
+{
+    const QTemporaryDir folder;
+    const QString narrow = folder.filePath(QStringLiteral("narrow"));
+    const QString incomplete = folder.filePath(QStringLiteral("incomplete"));
+    QVERIFY(QDir().mkpath(narrow) && QDir().mkpath(incomplete));
+    QFile library(narrow + QStringLiteral("/libndi.so.6")); // the head of one for 32 bits
+    QVERIFY(library.open(QIODevice::WriteOnly));
+    library.write(QByteArray("\x7f"
+                             "ELF\x01\x01\x01")
+                  + QByteArray(9, '\0') + QByteArray("\x03\x00\x03\x00\x01\x00\x00\x00", 8) + QByteArray(28, '\0'));
+    library.close();
+    QVERIFY(QFile::link(QStringLiteral(VEXA_INCOMPLETE_RUNTIME), incomplete + QStringLiteral("/libndi.so.6")));
+    for (const auto &[runtime, reason] :
+         {std::pair(narrow, "(wrong architecture)"), std::pair(incomplete, "lacks the function")}) {
+        DrivenWindow window;
+        window.setRuntimeFolder(runtime);
+        window.start();
+        QVERIFY2(window.hasSaid(reason), window.account());
+        std::optional<windowdriver::OtherWindow> box;
+        QTRY_VERIFY_WITH_TIMEOUT((box = window.find(QStringLiteral("NDI RUNTIME"))), 20000);
+        const auto pressUntilItEnds = [&window, &box] {
+            windowdriver::pressKey(*box, Key::Escape);
+            return window.process().state() == QProcess::NotRunning;
+        };
+        QVERIFY2(QTest::qWaitFor(pressUntilItEnds, 20000), window.account());
+        QVERIFY2(window.endedWith(0), window.account());
+    }
+}
+
 /// The window says nothing about it, but goes on, and the journal keeps what was measured.
 void TestFaultsWindowSystem::documentsThatTakeNothing()
 {
-    std::vector<Documents> all(3);
+    std::vector<Documents> all(4);
     all[0].name = "a file in the folder's place";
     all[0].preparation = QStringLiteral("echo mine >\"$HOME/Documents\"; exec \"$@\"");
     all[1].name = "unwritable"; // not even root may make a folder there
@@ -90,8 +123,12 @@ void TestFaultsWindowSystem::documentsThatTakeNothing()
     all[2].name = "full disk";
     all[2].preparation = smallDocuments(8192)
                          + QStringLiteral("! head -c 100000 /dev/zero 2>&- >\"$HOME/Documents/full\" && exec \"$@\"");
+    all[3].name = "full in the middle of the record";
+    all[3].preparation = smallDocuments(8192) + QStringLiteral("exec \"$@\"");
+    all[3].rate = 100;
     for (Documents &one : all) {
         one.window = std::make_unique<StageWindow>();
+        one.window->setScenario(QByteArray(stage).replace("\"rateN\":25", "\"rateN\":" + QByteArray::number(one.rate)));
         one.window->throughShell(one.preparation);
         one.window->start();
     }
