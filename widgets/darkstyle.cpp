@@ -47,8 +47,9 @@ QColor edgeColor(const QStyleOption &option)
 QRectF indicatorRect(const QRect &rect)
 {
     const int side = qMin(rect.width(), rect.height());
-    return QRectF(rect.x() + (rect.width() - side) / 2 + 0.5, rect.y() + (rect.height() - side) / 2 + 0.5, side - 1,
-                  side - 1);
+    const int left = rect.x() + (rect.width() - side) / 2;
+    const int top = rect.y() + (rect.height() - side) / 2;
+    return QRectF(left + 0.5, top + 0.5, side - 1, side - 1);
 }
 
 void prepareIndicator(const QStyleOption &option, QPainter *painter, bool filled)
