@@ -43,6 +43,9 @@ void SourceLists::replace(const NDIlib_source_t *sources, int count)
         addRow(i);
         probed.append(m_catalog.source(i));
     }
+    // Lays the cells out while nobody paints: later each one would be marked for painting by itself.
+    ui->sourceTable->indexAt(QPoint(0, 0));
+    ui->detailTable->indexAt(QPoint(0, 0));
     ui->sourceTable->setUpdatesEnabled(true);
     ui->detailTable->setUpdatesEnabled(true);
     ui->sourceList->addItems(m_catalog.names());
