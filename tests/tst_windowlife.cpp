@@ -77,6 +77,7 @@ private slots:
     void withoutRuntimeItMayBeLeft();
     void anUnusableRuntimeIsNamed();
     void withoutDisplayItSaysSo();
+    void aKilledTestIsRecovered();
 };
 
 void TestWindowLife::opensItsWindowAndEndsWithIt()
@@ -223,6 +224,29 @@ void TestWindowLife::withoutDisplayItSaysSo()
     QVERIFY2(run.endedWith(1), run.account());
     const QByteArray said = run.standardError();
     QVERIFY2(said.startsWith("There is no display for the window") && said.count('\n') == 1, run.account());
+}
+
+void TestWindowLife::aKilledTestIsRecovered()
+{
+    ProgramRun killed({QStringLiteral("-test"), QStringLiteral("LOOPBACK (720p50)")});
+    killed.start();
+    QVERIFY2(killed.waitForDots(100), killed.account());
+    killed.process().kill();
+    QVERIFY(killed.waitForFinished());
+
+    WindowRun run;
+    run.setVariable(QStringLiteral("HOME"), killed.home());
+    run.setVariable(QStringLiteral("XDG_CONFIG_HOME"), killed.home() + QLatin1String("/.config"));
+    run.setVariable(QStringLiteral("VEXA_JOURNAL_FOLDER"), killed.home() + QLatin1String("/journal"));
+    run.start();
+    // The box blocks nothing: the window can be closed beside it.
+    QVERIFY2(run.window(QStringLiteral("EARLIER TEST")), run.account());
+    QVERIFY2(run.waitForError("Recovered the record of an interrupted test"), run.account());
+    const auto window = run.window(mainTitle);
+    QVERIFY2(window, run.account());
+    windowdriver::close(*window);
+    QVERIFY2(run.waitForFinished(10000), run.account());
+    QVERIFY2(run.endedWith(0), run.account());
 }
 
 QTEST_GUILESS_MAIN(TestWindowLife)
