@@ -190,6 +190,9 @@ void TestFaultsSystem::clockThatJumps()
     TestUnderWay run;
     run.setVariable(QStringLiteral("LD_PRELOAD"),
                     QStringLiteral("/usr/lib/x86_64-linux-gnu/faketime/libfaketimeMT.so.1"));
+    // The address sanitizer wants to be loaded first.
+    run.setVariable(QStringLiteral("ASAN_OPTIONS"),
+                    qEnvironmentVariable("ASAN_OPTIONS") + QStringLiteral(":verify_asan_link_order=0"));
     run.setVariable(QStringLiteral("FAKETIME_TIMESTAMP_FILE"), clock);
     run.setVariable(QStringLiteral("FAKETIME_NO_CACHE"), QStringLiteral("1"));
     run.setVariable(QStringLiteral("FAKETIME_DONT_FAKE_MONOTONIC"), QStringLiteral("1"));

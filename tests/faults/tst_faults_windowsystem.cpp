@@ -197,6 +197,9 @@ void TestFaultsWindowSystem::clockThatJumps()
         StageWindow &window = *jump.window;
         window.setVariable(QStringLiteral("LD_PRELOAD"),
                            QStringLiteral("/usr/lib/x86_64-linux-gnu/faketime/libfaketimeMT.so.1"));
+        // The address sanitizer wants to be loaded first.
+        window.setVariable(QStringLiteral("ASAN_OPTIONS"),
+                           qEnvironmentVariable("ASAN_OPTIONS") + QStringLiteral(":verify_asan_link_order=0"));
         window.setVariable(QStringLiteral("FAKETIME_TIMESTAMP_FILE"), window.folder() + QStringLiteral("/clock"));
         window.setVariable(QStringLiteral("FAKETIME_NO_CACHE"), QStringLiteral("1"));
         window.setVariable(QStringLiteral("FAKETIME_DONT_FAKE_MONOTONIC"), QStringLiteral("1"));

@@ -36,7 +36,7 @@ QByteArray property(Display *display, Window window, const char *name, int bytes
             != Success
         || !data)
         return {};
-    const QByteArray value(reinterpret_cast<const char *>(data), static_cast<int>(items) * bytesPerItem);
+    QByteArray value(reinterpret_cast<const char *>(data), static_cast<int>(items) * bytesPerItem);
     XFree(data);
     return value;
 }
