@@ -103,5 +103,8 @@ foreach(key IN LISTS keys)
     if(VEXA_CCACHE)
       target_compile_options(${target} PRIVATE -fpch-preprocess)
     endif()
+    if(MINGW) # false alarms from Qt's containers, whose headers do not count as the system's any more
+      target_compile_options(${target} PRIVATE -Wno-stringop-overflow)
+    endif()
   endforeach()
 endforeach()
