@@ -220,58 +220,57 @@ int main(int argc, char **argv)
     const QString scenarioPath = home.filePath(QStringLiteral("scenario"));
     QFile scenario(scenarioPath);
     if (!scenario.open(QIODevice::WriteOnly)
-        || scenario.write(R"({"queueFrames": 4, "sources": [{"name": "LOOPBACK (1080p59.94)"
-}]
-})") < 0) {
+        || scenario.write(R"json({"queueFrames": 4, "sources": [{"name": "LOOPBACK (1080p59.94)"}]})json") < 0) {
         std::printf("FAILED: no scenario file could be written\n");
-return 1;
-}
-scenario.close();
-qputenv("VEXA_LOOPBACK_SCENARIO", scenarioPath.toUtf8());
-// A line for each frame and one for its end, with room to spare.
-qputenv("VEXA_LOOPBACK_TRUTH_RECORDS", QByteArray::number(qint64(seconds + 120) * receivers * 60 * 2 + 100000));
-QApplication application(argc, argv);
-QApplication::setStyle(new DarkStyle);
-const StyleSheetNoiseFilter noiseFilter;
-QApplication::setQuitOnLastWindowClosed(false);
-initVexaResources();
-loadFonts();
+        return 1;
+    }
+    scenario.close();
+    qputenv("VEXA_LOOPBACK_SCENARIO", scenarioPath.toUtf8());
+    // A line for each frame and one for its end, with room to spare.
+    qputenv("VEXA_LOOPBACK_TRUTH_RECORDS", QByteArray::number(qint64(seconds + 120) * receivers * 60 * 2 + 100000));
+    QApplication application(argc, argv);
+    QApplication::setStyle(new DarkStyle);
+    const StyleSheetNoiseFilter noiseFilter;
+    QApplication::setQuitOnLastWindowClosed(false);
+    initVexaResources();
+    loadFonts();
 
-NDIWindowParts parts = NDIWindowParts::ofThisMachine();
-parts.minuteMs = testMs;
-const QPointer<FramelessWindow> frame = new FramelessWindow;
-auto *const window = new NDIWindow(parts);
-frame->setContent(window);
-QObject::connect(frame, &FramelessWindow::requestClose, window, &NDIWindow::requestClose);
-frame->show();
-frame->maximizeOrCenter();
-const Ui::NDIWindow &ui = window->form();
-waitUntil([&ui] { return ui.sourceList->count() > 0; }, 30000);
-waitUntil([] { return false; }, 3000); // the probes
-const int source = ui.sourceList->findText(QStringLiteral("LOOPBACK (1080p59.94)"));
-if (source < 0) {
-    std::printf("FAILED: the loopback runtime has no source of 1080p59.94\n");
-    return 1;
-}
-ui.sourceList->setCurrentIndex(source);
-ui.threadCount->setCurrentIndex(receivers - 1);
+    NDIWindowParts parts = NDIWindowParts::ofThisMachine();
+    parts.minuteMs = testMs;
+    const QPointer<FramelessWindow> frame = new FramelessWindow;
+    auto *const window = new NDIWindow(parts);
+    frame->setContent(window);
+    QObject::connect(frame, &FramelessWindow::requestClose, window, &NDIWindow::requestClose);
+    frame->show();
+    frame->maximizeOrCenter();
+    const Ui::NDIWindow &ui = window->form();
+    waitUntil([&ui] { return ui.sourceList->count() > 0; }, 30000);
+    waitUntil([] { return false; }, 3000); // the probes
+    const int source = ui.sourceList->findText(QStringLiteral("LOOPBACK (1080p59.94)"));
+    if (source < 0) {
+        std::printf("FAILED: the loopback runtime has no source of 1080p59.94\n");
+        return 1;
+    }
+    ui.sourceList->setCurrentIndex(source);
+    ui.threadCount->setCurrentIndex(receivers - 1);
 
-std::vector<SoakedTest> tests;
-Heartbeat heartbeat;
-QElapsedTimer clock;
-clock.start();
-std::printf("| test | from [s] | own memory [MB] | beat late, 99 %% [ms] | most [ms] |\n|---|---:|---:|---:|---:|\n");
-while (clock.elapsed() < seconds * qint64(1000)) {
-    const qint64 fromS = clock.elapsed() / 1000;
-    tests.push_back(runTest(*window, testMs, &heartbeat));
-    const SoakedTest &test = tests.back();
-    std::printf("| %zu | %lld | %.1f | %.1f | %.1f |\n", tests.size(), static_cast<long long>(fromS), test.memoryMb,
-                test.p99Ms, test.latestMs);
-    std::fflush(stdout);
-    // Records are named by the second.
-    waitUntil([] { return false; }, 1100);
-}
-frame->close();
-delete frame.data();
-return judge(tests, truthPath, testMs, strict);
+    std::vector<SoakedTest> tests;
+    Heartbeat heartbeat;
+    QElapsedTimer clock;
+    clock.start();
+    std::printf(
+        "| test | from [s] | own memory [MB] | beat late, 99 %% [ms] | most [ms] |\n|---|---:|---:|---:|---:|\n");
+    while (clock.elapsed() < seconds * qint64(1000)) {
+        const qint64 fromS = clock.elapsed() / 1000;
+        tests.push_back(runTest(*window, testMs, &heartbeat));
+        const SoakedTest &test = tests.back();
+        std::printf("| %zu | %lld | %.1f | %.1f | %.1f |\n", tests.size(), static_cast<long long>(fromS), test.memoryMb,
+                    test.p99Ms, test.latestMs);
+        std::fflush(stdout);
+        // Records are named by the second.
+        waitUntil([] { return false; }, 1100);
+    }
+    frame->close();
+    delete frame.data();
+    return judge(tests, truthPath, testMs, strict);
 }
