@@ -171,7 +171,7 @@ QString writeRecordBeside(const QString &name, const QString &partName, const st
     part.close();
     for (int number = 1; isWritten && number <= mostNumber; ++number) {
         const QString numbered = number == 1 ? name : QStringLiteral("%1_%2").arg(name).arg(number);
-        const QString path = folder + QLatin1Char('/') + numbered + QLatin1String(".csv");
+        QString path = folder + QLatin1Char('/') + numbered + QLatin1String(".csv");
         if (QFile::exists(path)) {
             *wasThere = haveSameBytes(partPath, path);
             if (!*wasThere)
