@@ -73,6 +73,9 @@ void Journal::end(End end)
     }
     m_wake.notify_one();
     m_thread->wait();
+    // What the thread had of its own is this one's now; the lock says so to whoever looks for races, too.
+    const std::lock_guard<std::mutex> locker(m_mutex);
+    Q_ASSERT(m_isThreadDone);
 }
 
 bool Journal::isIncomplete() const noexcept
@@ -81,6 +84,13 @@ bool Journal::isIncomplete() const noexcept
 }
 
 void Journal::run()
+{
+    keepJournal();
+    const std::lock_guard<std::mutex> locker(m_mutex);
+    m_isThreadDone = true;
+}
+
+void Journal::keepJournal()
 {
     if (!begin()) {
         qCDebug(journalLog) << "no journal in" << m_folder;

@@ -46,6 +46,7 @@ public:
 
 private:
     void run();
+    void keepJournal();
     bool begin();
     void writeRows();
 
@@ -62,8 +63,9 @@ private:
     QByteArray m_block;
     qint64 m_rowCount = 0;
 
-    std::mutex m_mutex; ///< guards the next two
+    std::mutex m_mutex; ///< guards the next three
     bool m_hasEnded = false;
+    bool m_isThreadDone = false;
     End m_end = End::Keep;
     std::condition_variable m_wake;
     std::unique_ptr<QThread> m_thread;

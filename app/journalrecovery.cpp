@@ -10,6 +10,7 @@
 
 #include <exception>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 namespace {
@@ -125,12 +126,25 @@ QStringList recoverJournals()
 
 void recoverJournalsInBackground(QObject *context, const std::function<void(const QStringList &)> &tell)
 {
-    const auto lines = std::make_shared<QStringList>();
-    QThread *const thread = QThread::create([lines] { *lines = recoverJournals(); });
+    struct Recovered {
+        std::mutex mutex;
+        QStringList lines; ///< guarded by mutex
+    };
+    const auto recovered = std::make_shared<Recovered>();
+    QThread *const thread = QThread::create([recovered] {
+        const QStringList lines = recoverJournals();
+        const std::lock_guard<std::mutex> locker(recovered->mutex);
+        recovered->lines = lines;
+    });
     thread->setObjectName(QStringLiteral("journal recovery"));
-    QObject::connect(thread, &QThread::finished, context, [lines, tell] {
-        if (!lines->isEmpty())
-            tell(*lines);
+    QObject::connect(thread, &QThread::finished, context, [recovered, tell] {
+        QStringList lines;
+        {
+            const std::lock_guard<std::mutex> locker(recovered->mutex);
+            lines = recovered->lines;
+        }
+        if (!lines.isEmpty())
+            tell(lines);
     });
     QObject::connect(thread, &QThread::finished, thread, &QObject::deleteLater);
     thread->start();

@@ -6,7 +6,11 @@
 
 // Each crash has a function of its own, to be found in what is told about it: the compiler may neither merge them with
 // their callers nor see what they are up to.
+#if __has_cpp_attribute(gnu::noclone)
 #define LOOPBACK_CRASH [[gnu::noinline, gnu::noclone]]
+#else // clang makes no clones
+#define LOOPBACK_CRASH [[gnu::noinline]]
+#endif
 
 namespace loopback {
 namespace {
