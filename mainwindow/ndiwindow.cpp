@@ -6,21 +6,22 @@
 #include "charts/customplot.h"
 #include "charts/previewfeed.h"
 #include "charts/videoglpreview.h"
+#include "mainwindow/analysisview.h"
 #include "mainwindow/controlstates.h"
+#include "mainwindow/figures.h"
 #include "mainwindow/formatprobes.h"
 #include "mainwindow/machinetabs.h"
 #include "mainwindow/modeswitch.h"
 #include "mainwindow/ndiwindowform.h"
 #include "mainwindow/previewchoice.h"
 #include "mainwindow/qtcustomtablewidget.h"
+#include "mainwindow/reportfiles.h"
 #include "mainwindow/resulttables.h"
 #include "mainwindow/sourcelists.h"
-#include "mainwindow/videoformat.h"
+#include "mainwindow/sourcesearch.h"
 #include "mainwindow/windowlog.h"
 #include "ndi/ndilib.h"
-#include "ndi/sourcefinder.h"
 #include "probes/analysistool.h"
-#include "probes/analysisworker.h"
 #include "probes/benchmarkdlg.h"
 #include "probes/loadtrack.h"
 #include "ui_ndiwindow.h"
@@ -28,11 +29,9 @@
 #include <QCloseEvent>
 #include <QEventLoop>
 #include <QMessageBox>
+#include <QPointer>
 #include <QShortcut>
-#include <QStyle>
 
-#include <algorithm>
-#include <array>
 #include <utility>
 
 namespace {
@@ -50,61 +49,21 @@ constexpr int multipleFpsTop = 60;
 constexpr int dataRateTop = 100;
 constexpr int latencyTop = 10;
 
-/// Numbers as they are shown everywhere: at most six significant digits.
-QString shown(double number)
-{
-    return QString::number(number, 'g', 6);
-}
-
 } // namespace
-
-NDIWindowParts NDIWindowParts::ofThisMachine()
-{
-    NDIWindowParts parts;
-    parts.analysisToolThere = isAnalysisToolInstalled;
-    parts.makeAnalysisWorker = [] { return std::make_unique<AnalysisWorker>(); };
-    parts.adapterProbes = AdapterProbes::ofThisMachine;
-    return parts;
-}
 
 NDIWindow::NDIWindow(QWidget *parent) : NDIWindow(NDIWindowParts::ofThisMachine(), parent) {}
 
 NDIWindow::NDIWindow(NDIWindowParts parts, QWidget *parent)
     : QMainWindow(parent), m_parts(std::move(parts)), ui(std::make_unique<Ui::NDIWindow>()),
       m_probes(std::make_unique<FormatProbes>()), m_test(std::make_unique<TestRun>()),
-      m_analysis(std::make_unique<AnalysisRun>(m_parts.makeAnalysisWorker))
+      m_analysis(std::make_unique<AnalysisRun>(m_parts.makeAnalysisWorker)),
+      m_analysisView(std::make_unique<AnalysisView>(ui.get()))
 {
     registerNdiMetaTypes();
     ui->setupUi(this);
-    const QColor panel(32, 32, 32);
-    const QColor accent(21, 207, 187);
-    const QColor track(23, 23, 23);
-    QPalette palette = ui->progress_viewer->palette();
-    for (const QPalette::ColorRole role : {QPalette::Window, QPalette::AlternateBase})
-        palette.setColor(role, panel);
-    for (const QPalette::ColorRole role : {QPalette::Highlight, QPalette::Text})
-        palette.setColor(role, accent);
-    for (const QPalette::ColorRole role : {QPalette::Base, QPalette::Shadow})
-        palette.setColor(role, track);
-    ui->progress_viewer->setPalette(palette);
-    ui->progress_viewer->setRange(0.0, 100.0);
-    ui->progress_viewer->setValue(0.0);
-    ui->progress_viewer->setFormat(QStringLiteral("%p"));
-    ui->dataflow->hide();
-    ui->waiting_spinner->setColor(accent);
-    ui->waiting_spinner->hide();
+    dressForm(*ui);
     testTimer.setSingleShot(true);
     testTimer.setTimerType(Qt::PreciseTimer);
-
-    const std::array<std::pair<CustomPlot *, QString>, 5> charts{{{ui->fpsPlot, tr("FPS")},
-                                                                  {ui->dataPlot, tr("DATA RATE")},
-                                                                  {ui->pingPlot, tr("LATENCY")},
-                                                                  {ui->analysis_latency_plot, tr("LATENCY")},
-                                                                  {ui->analysis_data_plot, tr("DATA RATE")}}};
-    for (const auto &[chart, title] : charts) {
-        chart->setTitle(title);
-        chart->setupLayout();
-    }
     orderFocus(*ui);
     m_previewFeed = std::make_unique<PreviewFeed>(ui->vidGlPreview);
     m_previewChoice = std::make_unique<PreviewChoice>(ui->cmbPreviewSources, ui->vidGlPreview, ui->widPreviewWrapper,
@@ -131,13 +90,10 @@ NDIWindow::~NDIWindow()
     m_test->disconnect(this);
     m_analysis.reset();
     previewThread.finish();
-    finderThread.requestInterruption();
-    finderThread.quit();
-    finderThread.wait();
     // Whatever uses the library goes before it does.
+    m_search.reset();
     m_probes.reset();
     m_test.reset();
-    sourceFinder.reset();
     if (m_isLibraryInUse)
         NDIlib_destroy();
 }
@@ -179,13 +135,9 @@ void NDIWindow::setUpForRevisionOnly()
 
 void NDIWindow::setUpFinder()
 {
-    finderThread.setObjectName(QStringLiteral("source finder"));
-    sourceFinder = std::make_unique<SourceFinder>();
-    connect(sourceFinder.get(), &SourceFinder::didFindNIDSources, this, &NDIWindow::getNDISource);
-    connect(&finderThread, &QThread::started, sourceFinder.get(), &SourceFinder::start);
-    connect(sourceFinder.get(), &SourceFinder::finished, &finderThread, &QThread::quit);
-    connect(sourceFinder.get(), &SourceFinder::finished, this, &NDIWindow::findThreadFinished);
-    sourceFinder->moveToThread(&finderThread);
+    m_search = std::make_unique<SourceSearch>();
+    connect(&m_search->finder(), &SourceFinder::didFindNIDSources, this, &NDIWindow::getNDISource);
+    connect(&m_search->finder(), &SourceFinder::finished, this, &NDIWindow::findThreadFinished);
 }
 
 void NDIWindow::connectSignals()
@@ -217,6 +169,17 @@ void NDIWindow::connectSignals()
     ui->btn_test->setToolTip(tr("Starts a test in the chosen mode, or stops it and writes its record (%1)")
                                  .arg(startStop->key().toString()));
 
+    connectCharts();
+    connect(m_test.get(), &TestRun::frameReceived, this, &NDIWindow::sourceFrameReceived);
+    connect(m_test.get(), &TestRun::sourceFinished, this, &NDIWindow::sourceTestFinished);
+    connect(m_test.get(), &TestRun::frameData, m_previewFeed.get(), &PreviewFeed::takeFrame);
+    connect(m_analysis.get(), &AnalysisRun::gotVideoDataRate, this, &NDIWindow::gotVideoDataRate);
+    connect(m_analysis.get(), &AnalysisRun::gotVideoSize, this, &NDIWindow::gotVideoSize);
+    connect(m_analysis.get(), &AnalysisRun::ended, this, &NDIWindow::analysisEnded);
+}
+
+void NDIWindow::connectCharts()
+{
     connect(this, &NDIWindow::frameRender, ui->fpsPlot, &CustomPlot::appendNewData);
     connect(this, &NDIWindow::dataRateRender, ui->dataPlot, &CustomPlot::appendNewData);
     connect(this, &NDIWindow::dataRateRender, ui->analysis_data_plot, &CustomPlot::appendNewData);
@@ -228,13 +191,6 @@ void NDIWindow::connectSignals()
     connect(this, &NDIWindow::pingSetMetaInfo, ui->pingPlot, &CustomPlot::setMetaInfo);
     for (CustomPlot *chart : {ui->fpsPlot, ui->pingPlot})
         connect(this, &NDIWindow::setGraphLabel, chart, &CustomPlot::setGraphLabel);
-
-    connect(m_test.get(), &TestRun::frameReceived, this, &NDIWindow::sourceFrameReceived);
-    connect(m_test.get(), &TestRun::sourceFinished, this, &NDIWindow::sourceTestFinished);
-    connect(m_test.get(), &TestRun::frameData, m_previewFeed.get(), &PreviewFeed::takeFrame);
-    connect(m_analysis.get(), &AnalysisRun::gotVideoDataRate, this, &NDIWindow::gotVideoDataRate);
-    connect(m_analysis.get(), &AnalysisRun::gotVideoSize, this, &NDIWindow::gotVideoSize);
-    connect(m_analysis.get(), &AnalysisRun::ended, this, &NDIWindow::analysisEnded);
 }
 
 void NDIWindow::click_btn_dev()
@@ -254,12 +210,10 @@ void NDIWindow::click_btn_network()
 
 void NDIWindow::refreshSource()
 {
-    if (finderThread.isRunning() || m_isClosing || (!sourceFinder && !m_parts.revisionOnly))
+    if (m_isClosing || (!m_search && !m_parts.revisionOnly) || (m_search && !m_search->start()))
         return;
-    if (sourceFinder) {
+    if (m_search)
         ui->label_source->setText(QStringLiteral("FINDING SOURCES..."));
-        finderThread.start(QThread::InheritPriority);
-    }
     const bool toolThere = m_parts.analysisToolThere();
     if (!toolThere && ui->analysisOption->isChecked())
         m_modes->choose(ui->singleOption);
@@ -294,15 +248,6 @@ int NDIWindow::measurementMs() const
     return measurementMinutes() * m_parts.minuteMs;
 }
 
-void NDIWindow::markRevision(bool on)
-{
-    for (QToolButton *button : {ui->btn_import, ui->btn_import1}) {
-        button->setProperty("selected", on);
-        button->style()->unpolish(button);
-        button->style()->polish(button);
-    }
-}
-
 void NDIWindow::startStopTest()
 {
     if (m_parts.revisionOnly)
@@ -312,7 +257,7 @@ void NDIWindow::startStopTest()
         return;
     }
     m_test->clearRows();
-    markRevision(false);
+    markRevision(*ui, false);
     bool started = false;
     if (ui->singleOption->isChecked())
         started = startSingle();
@@ -395,25 +340,36 @@ void NDIWindow::startAnalysis()
     m_controls->enter(ControlStates::analysis);
     const int lengthS = measurementMinutes() * 60;
     emit dataRateSetMetaInfo(lengthS, dataRateTop, 1);
-    analysisStart = QTime();
-    m_isAnalysisWaiting = true;
-    ui->waiting_spinner->show();
-    ui->waiting_spinner->startAnimation();
-    ui->progress_viewer->hide();
+    m_analysisView->wait();
     m_analysis->start(source, lengthS);
     qCDebug(windowLog, "analysis started");
 }
 
-void NDIWindow::startBenchmark()
+/// One dialog at a time. The window may be gone when it ends.
+void NDIWindow::runDialog(const std::function<void()> &dialog)
 {
     if (m_isInDialog)
         return;
     m_isInDialog = true;
     const QPointer<NDIWindow> self(this);
-    BenchmarkDlg dialog;
-    dialog.exec();
+    dialog();
     if (self)
         m_isInDialog = false;
+}
+
+void NDIWindow::startBenchmark()
+{
+    runDialog([] { BenchmarkDlg().exec(); });
+}
+
+void NDIWindow::exportData()
+{
+    runDialog([this] { exportCharts(this, *ui); });
+}
+
+void NDIWindow::importData()
+{
+    runDialog([this] { importCharts(this, *ui, *m_modes, m_parts.analysisToolThere); });
 }
 
 void NDIWindow::startSourceTest(int sourceIndex, int receivers, int graphIndex)
@@ -443,21 +399,13 @@ void NDIWindow::sourceFrameReceived(double fps, int time, int format, double def
     if (width == 0 && height == 0) { // no video
         emit frameRender(indexNum, time, 0.0);
         emit pingRender(indexNum, time, 0.0);
-        setCellText(ui->tblStatus, indexNum, 2, QStringLiteral("0fps"));
-        setCellText(ui->tblStatus, indexNum, 3, QStringLiteral("0ms"));
+        showNoVideo(*ui, indexNum);
         return;
     }
-    ui->L4->setText(shown(fps) + QStringLiteral("fps"));
-    ui->label_videoFormat->setText(formatName(static_cast<quint32>(format)));
-    ui->label_videoFPS->setText(shown(defaultFPS));
-    ui->label_videoHeight->setText(QString::number(height));
-    ui->label_videoWidth->setText(QString::number(width));
-    ui->L8->setText(QStringLiteral("%1 ms").arg(ping));
     m_test->addRow(fps, time, defaultFPS, width, height, ping, sourceIndex, indexNum);
     emit frameRender(indexNum, time, fps);
     emit pingRender(indexNum, time, ping);
-    setCellText(ui->tblStatus, indexNum, 2, shown(fps) + QStringLiteral("fps"));
-    setCellText(ui->tblStatus, indexNum, 3, QString::number(ping) + QStringLiteral("ms"));
+    showFigures(*ui, indexNum, {fps, defaultFPS, static_cast<quint32>(format), width, height, ping});
 }
 
 void NDIWindow::TimeUpdated()
@@ -466,45 +414,27 @@ void NDIWindow::TimeUpdated()
     ui->progress_viewer->setValue(qMin(share * 100.0, 100.0));
 }
 
-void NDIWindow::takeFirstAnalysisSample(QTime time)
+void NDIWindow::takeAnalysisSample(QTime time)
 {
-    if (!analysisStart.isValid())
-        analysisStart = time;
-    if (!m_isAnalysisWaiting)
+    if (!m_analysisView->takeSample(time))
         return;
-    m_isAnalysisWaiting = false;
     progressTimer.start(progressIntervalMs);
     testClock.start();
     armTestTimer(&NDIWindow::finishAnalysis);
-    ui->waiting_spinner->stopAnimation();
-    ui->waiting_spinner->hide();
-    ui->progress_viewer->show();
 }
-
-namespace {
-
-/// An invalid time counts as midnight.
-int msBetween(QTime from, QTime to)
-{
-    const auto sinceMidnight = [](QTime time) { return time.isValid() ? time.msecsSinceStartOfDay() : 0; };
-    return sinceMidnight(to) - sinceMidnight(from);
-}
-
-} // namespace
 
 void NDIWindow::gotVideoDataRate(QTime time, double rate)
 {
-    takeFirstAnalysisSample(time);
-    ui->lblDataRateValue->setText(shown(rate) + QStringLiteral("MBps"));
-    emit dataRateRender(0, msBetween(analysisStart, time), rate);
+    takeAnalysisSample(time);
+    m_analysisView->showDataRate(rate);
+    emit dataRateRender(0, m_analysisView->msSinceStart(time), rate);
 }
 
 void NDIWindow::gotVideoSize(QTime time, double min_value, double max_value, double avg_value)
 {
-    takeFirstAnalysisSample(time);
-    ui->lblLatencyValue->setText(
-        QStringLiteral("Avg: %1mS  Min: %2mS  Max: %3mS").arg(shown(avg_value), shown(min_value), shown(max_value)));
-    emit videoSizeRender(0, msBetween(analysisStart, time), min_value, max_value, avg_value);
+    takeAnalysisSample(time);
+    m_analysisView->showLatency(min_value, max_value, avg_value);
+    emit videoSizeRender(0, m_analysisView->msSinceStart(time), min_value, max_value, avg_value);
 }
 
 void NDIWindow::stopTest()
@@ -535,27 +465,25 @@ void NDIWindow::sourceTestFinished(int index)
 
 void NDIWindow::finishAnalysis()
 {
-    m_isAnalysisWaiting = false;
     stopTest();
     sourceTestFinished(0);
     m_controls->allowBenchmark();
     ui->btn_test->setEnabled(true);
-    ui->waiting_spinner->stopAnimation();
-    ui->waiting_spinner->hide();
-    ui->progress_viewer->show();
+    m_analysisView->end();
     qCDebug(windowLog, "analysis ended");
 }
 
 /// A tool that ended without a sample would leave the window waiting for ever.
 void NDIWindow::analysisEnded()
 {
-    if (m_isAnalysisWaiting)
+    if (m_analysisView->isWaiting())
         finishAnalysis();
 }
 
 bool NDIWindow::isEndingDone() const
 {
-    return !m_test->isRunning() && m_probes->isIdle() && !previewThread.isRunning() && !finderThread.isRunning();
+    return !m_test->isRunning() && m_probes->isIdle() && !previewThread.isRunning()
+           && (!m_search || !m_search->isRunning());
 }
 
 void NDIWindow::requestClose()
@@ -568,8 +496,8 @@ void NDIWindow::requestClose()
     m_probes->stop();
     m_analysis->abort();
     previewThread.stop();
-    finderThread.requestInterruption();
-    finderThread.quit();
+    if (m_search)
+        m_search->requestEnd();
     ui->loadTrack->sampler->running = false;
 
     // Receivers, probes and the preview report their ends through the event loop.

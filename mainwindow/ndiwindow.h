@@ -1,45 +1,30 @@
 #pragma once
 
 #include "charts/previewthread.h"
-#include "mainwindow/analysisrun.h"
+#include "mainwindow/ndiwindowparts.h"
 #include "ndi/ndimetatypes.h"
 
 #include <QElapsedTimer>
 #include <QMainWindow>
-#include <QPointer>
-#include <QThread>
 #include <QTime>
 #include <QTimer>
 
 #include <functional>
 #include <memory>
 
+class AnalysisView;
 class ControlStates;
 class FormatProbes;
 class MachineTabs;
 class ModeSwitch;
 class PreviewChoice;
 class PreviewFeed;
-class QIODevice;
-class SourceFinder;
 class SourceLists;
+class SourceSearch;
 class TestRun;
-struct AdapterProbes;
 namespace Ui {
 class NDIWindow;
 }
-
-/// What a window takes from outside; tests put their own in.
-struct NDIWindowParts {
-    int minuteMs = 60000;                       ///< length of a minute of measurement
-    std::function<bool()> analysisToolThere;    ///< whether ANALYSIS is possible
-    AnalysisRun::MakeWorker makeAnalysisWorker; ///< for each analysis
-    std::function<AdapterProbes()> adapterProbes;
-    /// No NDI runtime here: reports can be looked at and that is all. The runtime is not touched.
-    bool revisionOnly = false;
-
-    static NDIWindowParts ofThisMachine();
-};
 
 /// The program's window: connects the form's controls with the search for sources, the tests, the charts
 /// and the records, and knows which of them are usable when. GUI thread; everything slow happens elsewhere
@@ -109,6 +94,7 @@ protected:
 private:
     bool initialize();
     void connectSignals();
+    void connectCharts();
     void setUpFinder();
     void setUpForRevisionOnly();
     int measurementMinutes() const;
@@ -120,27 +106,23 @@ private:
     void beginRun();
     void armTestTimer(void (NDIWindow::*end)());
     void stopByUser();
-    void takeFirstAnalysisSample(QTime time);
-    void markRevision(bool on);
-    QString chosenReport();
-    void readReport(QIODevice &file);
+    void takeAnalysisSample(QTime time);
+    void runDialog(const std::function<void()> &dialog);
     bool isEndingDone() const;
     void analysisEnded();
 
     const NDIWindowParts m_parts;
     std::unique_ptr<Ui::NDIWindow> ui;
-    std::unique_ptr<SourceFinder> sourceFinder; ///< lives on finderThread
-    QThread finderThread;
+    std::unique_ptr<SourceSearch> m_search; ///< none without the runtime
     std::unique_ptr<FormatProbes> m_probes;
     std::unique_ptr<SourceLists> m_sources; ///< shows what the probes find
     std::unique_ptr<TestRun> m_test;
     std::unique_ptr<AnalysisRun> m_analysis;
-    QTimer testTimer;                 ///< single shot, the length of the test
-    QTimer progressTimer;             ///< 100 ms; active as long as measurements count
-    QElapsedTimer testClock;          ///< invalid before the first test
-    QTime analysisStart;              ///< time stamp of the analysis' first sample, invalid before it
-    bool m_isAnalysisWaiting = false; ///< for its first sample
-    PreviewThread previewThread;      ///< asks for the preview's repaints
+    std::unique_ptr<AnalysisView> m_analysisView;
+    QTimer testTimer;            ///< single shot, the length of the test
+    QTimer progressTimer;        ///< 100 ms; active as long as measurements count
+    QElapsedTimer testClock;     ///< invalid before the first test
+    PreviewThread previewThread; ///< asks for the preview's repaints
     std::unique_ptr<PreviewFeed> m_previewFeed;
     std::unique_ptr<PreviewChoice> m_previewChoice;
     std::unique_ptr<ModeSwitch> m_modes;

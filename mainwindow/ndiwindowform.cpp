@@ -2,9 +2,43 @@
 
 #include "mainwindow/customsourcebutton.h"
 
+#include <QCoreApplication>
 #include <QPushButton>
 
+#include <array>
 #include <initializer_list>
+#include <utility>
+
+void dressForm(const Ui::NDIWindow &form)
+{
+    const QColor panel(32, 32, 32);
+    const QColor accent(21, 207, 187);
+    const QColor track(23, 23, 23);
+    QPalette palette = form.progress_viewer->palette();
+    for (const QPalette::ColorRole role : {QPalette::Window, QPalette::AlternateBase})
+        palette.setColor(role, panel);
+    for (const QPalette::ColorRole role : {QPalette::Highlight, QPalette::Text})
+        palette.setColor(role, accent);
+    for (const QPalette::ColorRole role : {QPalette::Base, QPalette::Shadow})
+        palette.setColor(role, track);
+    form.progress_viewer->setPalette(palette);
+    form.progress_viewer->setRange(0.0, 100.0);
+    form.progress_viewer->setValue(0.0);
+    form.progress_viewer->setFormat(QStringLiteral("%p"));
+    form.dataflow->hide();
+    form.waiting_spinner->setColor(accent);
+    form.waiting_spinner->hide();
+
+    const std::array<std::pair<CustomPlot *, const char *>, 5> charts{{{form.fpsPlot, "FPS"},
+                                                                       {form.dataPlot, "DATA RATE"},
+                                                                       {form.pingPlot, "LATENCY"},
+                                                                       {form.analysis_latency_plot, "LATENCY"},
+                                                                       {form.analysis_data_plot, "DATA RATE"}}};
+    for (const auto &[chart, title] : charts) {
+        chart->setTitle(QCoreApplication::translate("NDIWindow", title));
+        chart->setupLayout();
+    }
+}
 
 void orderFocus(const Ui::NDIWindow &form)
 {
