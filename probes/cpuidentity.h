@@ -31,3 +31,6 @@ CpuIdentity cpuIdentity(const CpuidSource &cpuid);
 
 /// The same from the text of /proc/cpuinfo, for a processor without cpuid; no instructions.
 CpuIdentity cpuIdentityFromProc(const QByteArray &cpuinfo);
+
+/// Of the processor that the calling thread runs on. Takes microseconds; any thread.
+CpuIdentity ownCpuIdentity();

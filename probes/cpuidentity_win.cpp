@@ -1,5 +1,3 @@
-#include "probes/cpuinfo.h"
-
 #include "probes/cpuidentity.h"
 
 #include <intrin.h>
@@ -16,11 +14,7 @@ CpuidRegisters runCpuid(quint32 leaf)
 
 } // namespace
 
-void getCpuInfo(QString &brand, int &cores, int &logical, QString &instructions)
+CpuIdentity ownCpuIdentity()
 {
-    const CpuIdentity identity = cpuIdentity(runCpuid);
-    brand = identity.brand;
-    cores = identity.cores;
-    logical = identity.logical;
-    instructions = identity.instructions;
+    return cpuIdentity(runCpuid);
 }

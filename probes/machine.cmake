@@ -2,7 +2,7 @@
 add_library(vexa_machine STATIC
   adaptergathering.cpp adaptergathering.h
   cpuidentity.cpp cpuidentity.h
-  cpuinfo.h
+  cpuinfo.cpp cpuinfo.h
   interfacerecords.cpp interfacerecords.h
   ipconfigparser.cpp ipconfigparser.h
   linkspeed.cpp linkspeed.h
@@ -17,7 +17,7 @@ add_library(vexa_machine STATIC
   wirelessrate.cpp wirelessrate.h)
 if(WIN32)
   target_sources(vexa_machine PRIVATE
-    cpuinfo_win.cpp linkspeed_win.cpp memoryinfo_win.cpp networkadapters_win.cpp systembuild_win.cpp uptime_win.cpp
+    cpuidentity_win.cpp linkspeed_win.cpp memoryinfo_win.cpp networkadapters_win.cpp systembuild_win.cpp uptime_win.cpp
     management_win.cpp management_win.h)
   target_link_libraries(vexa_machine PRIVATE wbemuuid ole32 oleaut32)
 else()
@@ -27,9 +27,9 @@ else()
     sysfsdevice_linux.cpp sysfsdevice_linux.h
     wirelessrate_linux.cpp wirelessrate_linux.h)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
-    target_sources(vexa_machine PRIVATE cpuinfo_linux.cpp)
+    target_sources(vexa_machine PRIVATE cpuidentity_linux.cpp)
   else()
-    target_sources(vexa_machine PRIVATE cpuinfo_linux_proc.cpp)
+    target_sources(vexa_machine PRIVATE cpuidentity_linux_proc.cpp)
   endif()
 endif()
 find_package(Qt5 5.15 REQUIRED COMPONENTS Gui Network)
