@@ -1,5 +1,6 @@
 #include "tests/support/programrun.h"
 #include "tests/support/testbase.h"
+#include "tests/support/usagetext.h"
 
 #include <QDir>
 #include <QtTest>
@@ -11,23 +12,6 @@ const QByteArray banner("\n****************************************************\
                         "****************************************************\n\n");
 const QByteArray checking("Checking NDI sources...\n\n");
 const QByteArray runtimeLine("Loopback NDI runtime: made-up sources for tests and demonstrations\n");
-const QByteArray usage("Usage :\n"
-                       "-help\n"
-                       "\tShow command line usage.\n"
-                       "-findsources\n"
-                       "\tFind and list NDI sources.\n"
-                       "-test NDI_SOURCE_NAME [-time TIME] [-receivers RECEIVER_COUNT]\n"
-                       "\tStart testing during TIME[min(s)].\n\n"
-                       "\tDefault TIME value is 1.\n"
-                       "\tTIME is available as 1, 2, 3, 4, or 5.\n\n"
-                       "\tReceivers could be defined for multiple receivers.\n"
-                       "\tRECEIVER_COUNT is number of receivers.\n"
-                       "\tDefault RECEIVER_COUNT value is 1.\n"
-                       "\tRECEIVER_COUNT is available as 1, 2, 3, 4, 5, 6, 7 or 8.\n\n"
-                       "Examples:\n"
-                       "\tTessalyNDIVexa -findsources\n"
-                       "\tTessalyNDIVexa -test NDI_Camera -time 2 -receivers 2\n"
-                       "\tTessalyNDIVexa -test \"DESKTOP-123 (VLC)\" -time 2\n");
 
 QByteArray scenarioOf(const QByteArray &sources)
 {
@@ -63,20 +47,20 @@ void TestConsoleTranscripts::transcript_data()
     const QByteArray badReceivers("Invalidated receivers parameter.\n");
     const QByteArray searched = checking + runtimeLine;
     const QByteArray cam = scenarioOf("{\"name\":\"CAM 1\"}");
-    row("help", "-help", cam, usage);
-    row("an unknown argument", "--version", cam, usage);
-    row("an empty argument", "", cam, usage);
-    row("a test in other letter case", "-TEST|CAM 1", cam, usage);
-    row("time 0", "-test|CAM 1|-time|0", cam, badTime + usage);
-    row("time 6", "-test|CAM 1|-time|6", cam, badTime + usage);
-    row("time is no number", "-test|CAM 1|-time|abc", cam, badTime + usage);
-    row("receivers 0", "-test|CAM 1|-receivers|0", cam, badReceivers + usage);
-    row("receivers 9", "-test|CAM 1|-receivers|9", cam, badReceivers + usage);
-    row("both bad", "-test|CAM 1|-time|6|-receivers|9", cam, badTime + usage);
-    row("test without a name", "-test", cam, searched + "Not found NDI source []\n" + usage);
-    row("unknown source", "-test|CAM 2", cam, searched + "Not found NDI source [CAM 2]\n" + usage);
-    row("source in other letter case", "-test|cam 1", cam, searched + "Not found NDI source [cam 1]\n" + usage);
-    row("placeholders in a name", "-test|%1 %s%n", cam, searched + "Not found NDI source [%1 %s%n]\n" + usage);
+    row("help", "-help", cam, usageText);
+    row("an unknown argument", "--version", cam, usageText);
+    row("an empty argument", "", cam, usageText);
+    row("a test in other letter case", "-TEST|CAM 1", cam, usageText);
+    row("time 0", "-test|CAM 1|-time|0", cam, badTime + usageText);
+    row("time 6", "-test|CAM 1|-time|6", cam, badTime + usageText);
+    row("time is no number", "-test|CAM 1|-time|abc", cam, badTime + usageText);
+    row("receivers 0", "-test|CAM 1|-receivers|0", cam, badReceivers + usageText);
+    row("receivers 9", "-test|CAM 1|-receivers|9", cam, badReceivers + usageText);
+    row("both bad", "-test|CAM 1|-time|6|-receivers|9", cam, badTime + usageText);
+    row("test without a name", "-test", cam, searched + "Not found NDI source []\n" + usageText);
+    row("unknown source", "-test|CAM 2", cam, searched + "Not found NDI source [CAM 2]\n" + usageText);
+    row("source in other letter case", "-test|cam 1", cam, searched + "Not found NDI source [cam 1]\n" + usageText);
+    row("placeholders in a name", "-test|%1 %s%n", cam, searched + "Not found NDI source [%1 %s%n]\n" + usageText);
     row("the loopback's own sources", "-findsources", QByteArray(),
         searched
             + "NDI Sources : 4\n[1] LOOPBACK (1080p59.94)\n[2] LOOPBACK (2160p25)\n[3] LOOPBACK (720p50)\n"
@@ -134,7 +118,7 @@ void TestConsoleTranscripts::missingRuntimeIsExplained_data()
     QTest::newRow("finding") << QStringList{QStringLiteral("-findsources")}
                              << QByteArray(checking + "Can not init NDI instance\n") << QByteArray();
     QTest::newRow("testing") << QStringList{QStringLiteral("-test"), QStringLiteral("CAM")}
-                             << QByteArray(checking + "Not found NDI source [CAM]\n") << usage;
+                             << QByteArray(checking + "Not found NDI source [CAM]\n") << usageText;
 }
 
 void TestConsoleTranscripts::missingRuntimeIsExplained()

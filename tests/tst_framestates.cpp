@@ -53,6 +53,16 @@ void doubleClick(const FrameCase &frame)
     QTest::mouseDClick(frame.part("windowTitlebar"), Qt::LeftButton, {}, QPoint(300, 30));
 }
 
+void maximizeBy(const QString &way, FrameCase &frame)
+{
+    if (way == QStringLiteral("button"))
+        QTest::mouseClick(frame.part("maximizeButton"), Qt::LeftButton);
+    else if (way == QStringLiteral("start"))
+        frame.window->maximizeOrCenter();
+    else
+        doubleClick(frame);
+}
+
 } // namespace
 
 class TestFrameStates final : public TestBase {
@@ -92,12 +102,7 @@ void TestFrameStates::maximizes()
     QFETCH(QString, way);
     FrameCase frame(systemOnScreen(QRect(0, 0, 1920, 1080)));
     QVERIFY(frame.isThere);
-    if (way == QStringLiteral("button"))
-        QTest::mouseClick(frame.part("maximizeButton"), Qt::LeftButton);
-    else if (way == QStringLiteral("start"))
-        frame.window->maximizeOrCenter();
-    else
-        doubleClick(frame);
+    maximizeBy(way, frame);
     QVERIFY(frame.window->isMaximized());
     QVERIFY(systemHasMaximized(frame));
     QVERIFY(showsRestore(frame));
@@ -129,12 +134,7 @@ void TestFrameStates::centresOnALargeScreen()
     QFETCH(QString, way);
     FrameCase frame(systemOnScreen(largeScreen));
     QVERIFY(frame.isThere);
-    if (way == QStringLiteral("button"))
-        QTest::mouseClick(frame.part("maximizeButton"), Qt::LeftButton);
-    else if (way == QStringLiteral("start"))
-        frame.window->maximizeOrCenter();
-    else
-        doubleClick(frame);
+    maximizeBy(way, frame);
     for (int turn = 0; turn < 3; ++turn) {
         QCOMPARE(frame.window->geometry(), QRect(360, 200, 1920, 1080));
         QVERIFY(frame.window->isMaximized());

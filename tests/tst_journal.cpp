@@ -3,6 +3,7 @@
 #include "app/recordfile.h"
 #include "app/testrecorder.h"
 #include "tests/support/testbase.h"
+#include "tests/support/testhome.h"
 
 #include <QDir>
 #include <QFile>
@@ -114,15 +115,14 @@ private:
         return path;
     }
 
-    QTemporaryDir m_home;
+    TestHome m_home;
     std::unique_ptr<QTemporaryDir> m_folder;
     QStringList m_made; // where the documents folder is the user's own
 };
 
 void TestJournal::initTestCase()
 {
-    qputenv("HOME", m_home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+    QVERIFY(m_home.use());
 }
 
 void TestJournal::cleanupTestCase()
@@ -210,7 +210,7 @@ void TestJournal::aRecordThatFailsLeavesTheJournal()
     recorder.sink()->add(rowNumber(0));
     recorder.add(rowNumber(0));
     const bool written = recorder.write();
-    qputenv("HOME", m_home.path().toUtf8());
+    QVERIFY(m_home.use());
     QVERIFY(!written);
     QCOMPARE(filesLeft().size(), 1);
     JournalReader reader(contents(folder() + QLatin1Char('/') + filesLeft().first()));
@@ -399,7 +399,7 @@ void TestJournal::aRecordThatCannotBeWrittenKeepsTheJournal()
     qputenv("HOME", home.path().toUtf8());
     leave(QStringLiteral("1.journal"), journalBytes(nobody, startOf(7), 5));
     const QVector<RecoveredJournal> recovered = recoverJournalsIn(folder());
-    qputenv("HOME", m_home.path().toUtf8());
+    QVERIFY(m_home.use());
     QCOMPARE(recovered.size(), 1);
     QCOMPARE(recovered.first().recordPath, QString());
     QCOMPARE(filesLeft(), QStringList(QStringLiteral("1.journal")));

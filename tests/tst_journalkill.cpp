@@ -4,12 +4,12 @@
 #include "tests/support/killedtest.h"
 #include "tests/support/programrun.h"
 #include "tests/support/testbase.h"
+#include "tests/support/testhome.h"
 #include "tests/support/testrecord.h"
 
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
 
@@ -75,7 +75,7 @@ private:
     void examine(Victim *victim);
     QString problemWith(const Victim &victim, const QVector<RecoveredJournal> &recovered);
 
-    QTemporaryDir m_home;
+    TestHome m_home;
     QStringList m_made;
     std::mt19937 m_random{20261121};
     std::vector<std::unique_ptr<Victim>> m_victims;
@@ -89,8 +89,7 @@ private:
 
 void TestJournalKill::initTestCase()
 {
-    qputenv("HOME", m_home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+    QVERIFY(m_home.use());
     // One folder for all, so that every recovery has living neighbours.
     qputenv("VEXA_JOURNAL_FOLDER", m_home.filePath(QStringLiteral("journal")).toUtf8());
 }

@@ -5,12 +5,12 @@
 #include "resources/vexaresources.h"
 #include "tests/support/killedtest.h"
 #include "tests/support/testbase.h"
+#include "tests/support/testhome.h"
 #include "ui_ndiwindow.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
 #include <QtTest>
@@ -61,7 +61,7 @@ private slots:
     void killed();
 
 private:
-    QTemporaryDir m_home;
+    TestHome m_home;
 };
 
 void TestJournalWindow::killed_data()
@@ -86,8 +86,7 @@ void TestJournalWindow::killed()
                    R"( "rateN": 60, "rateD": 1}]})");
     scenario.close();
     // For the victim, and for the recovery here.
-    qputenv("HOME", m_home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+    QVERIFY(m_home.use());
     qputenv("VEXA_JOURNAL_FOLDER", m_home.filePath(QStringLiteral("journal")).toUtf8());
     qputenv("NDI_RUNTIME_DIR_V6", QFileInfo(QStringLiteral(VEXA_LOOPBACK_DIR)).absoluteFilePath().toUtf8());
     qputenv("VEXA_LOOPBACK_SCENARIO", scenario.fileName().toUtf8());

@@ -2,11 +2,12 @@
 #include "app/recordfile.h"
 #include "tests/support/fakendi.h"
 #include "tests/support/testbase.h"
+#include "tests/support/testhome.h"
 #include "tests/support/testrecord.h"
+#include "tests/support/usagetext.h"
 
 #include <QFile>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <mutex>
@@ -81,14 +82,13 @@ private slots:
 private:
     void readRecord(TestRecord *record);
 
-    QTemporaryDir m_home;
+    TestHome m_home;
     QStringList m_made;
 };
 
 void TestNDIMainObject::initTestCase()
 {
-    qputenv("HOME", m_home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+    QVERIFY(m_home.use());
 }
 
 void TestNDIMainObject::cleanupTestCase()
@@ -109,23 +109,7 @@ void TestNDIMainObject::usage()
     NDIMainObject object;
     object.setConsole(&console);
     QVERIFY(object.printUsage());
-    QCOMPARE(console.text(), QByteArray("Usage :\n"
-                                        "-help\n"
-                                        "\tShow command line usage.\n"
-                                        "-findsources\n"
-                                        "\tFind and list NDI sources.\n"
-                                        "-test NDI_SOURCE_NAME [-time TIME] [-receivers RECEIVER_COUNT]\n"
-                                        "\tStart testing during TIME[min(s)].\n\n"
-                                        "\tDefault TIME value is 1.\n"
-                                        "\tTIME is available as 1, 2, 3, 4, or 5.\n\n"
-                                        "\tReceivers could be defined for multiple receivers.\n"
-                                        "\tRECEIVER_COUNT is number of receivers.\n"
-                                        "\tDefault RECEIVER_COUNT value is 1.\n"
-                                        "\tRECEIVER_COUNT is available as 1, 2, 3, 4, 5, 6, 7 or 8.\n\n"
-                                        "Examples:\n"
-                                        "\tTessalyNDIVexa -findsources\n"
-                                        "\tTessalyNDIVexa -test NDI_Camera -time 2 -receivers 2\n"
-                                        "\tTessalyNDIVexa -test \"DESKTOP-123 (VLC)\" -time 2\n"));
+    QCOMPARE(console.text(), usageText);
 }
 
 void TestNDIMainObject::sourcesAreNumbered()

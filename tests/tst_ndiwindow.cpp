@@ -1,18 +1,17 @@
 #include "charts/customplot.h"
 #include "mainwindow/customheader.h"
 #include "resources/vexaresources.h"
+#include "tests/support/testhome.h"
 #include "tests/support/windowcase.h"
 
 #include <QMessageBox>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 class TestNdiWindow final : public TestBase {
     Q_OBJECT
 
 private slots:
     void initTestCase();
-    void cleanupTestCase() { QDir::setCurrent(m_former); } // or the folder cannot be removed on Windows
     void startsIdleAndSingle();
     void searchResultsThatAreNoList_data();
     void searchResultsThatAreNoList();
@@ -40,18 +39,14 @@ private slots:
     void closing();
 
 private:
-    QTemporaryDir m_home;
-    QString m_former;
+    TestHome m_home;
 };
 
 void TestNdiWindow::initTestCase()
 {
     initVexaResources();
-    QVERIFY(m_home.isValid());
-    qputenv("HOME", m_home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
-    m_former = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(m_home.path())); // the analysis writes its command file there
+    QVERIFY(m_home.use());
+    QVERIFY(m_home.enter()); // the analysis writes its command file there
 }
 
 void TestNdiWindow::startsIdleAndSingle()

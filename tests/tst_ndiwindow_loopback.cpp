@@ -2,10 +2,10 @@
 #include "mainwindow/customheader.h"
 #include "ndi/ndilib.h"
 #include "resources/vexaresources.h"
+#include "tests/support/testhome.h"
 #include "tests/support/windowcase.h"
 
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 #include <algorithm>
 
@@ -93,15 +93,13 @@ private slots:
     void allSourcesAtOnce();
 
 private:
-    QTemporaryDir m_home;
+    TestHome m_home;
 };
 
 void TestNdiWindowLoopback::initTestCase()
 {
     initVexaResources();
-    QVERIFY(m_home.isValid());
-    qputenv("HOME", m_home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+    QVERIFY(m_home.use());
     QFile file(m_home.filePath(QStringLiteral("scenario.json")));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(scenario());

@@ -1,9 +1,9 @@
 #include "charts/customplot.h"
 #include "resources/vexaresources.h"
+#include "tests/support/testhome.h"
 #include "tests/support/windowcase.h"
 
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 /// Export, import, and the window that can only look at reports.
 class TestNdiWindowReports final : public TestBase {
@@ -18,15 +18,13 @@ private slots:
     void withoutRuntimeReportsCanBeSeen();
 
 private:
-    QTemporaryDir m_home;
+    TestHome m_home;
 };
 
 void TestNdiWindowReports::initTestCase()
 {
     initVexaResources();
-    QVERIFY(m_home.isValid());
-    qputenv("HOME", m_home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+    QVERIFY(m_home.use());
 }
 
 void TestNdiWindowReports::exportAndImport()

@@ -1,10 +1,10 @@
 #include "charts/customplot.h"
 #include "mainwindow/customheader.h"
 #include "resources/vexaresources.h"
+#include "tests/support/testhome.h"
 #include "tests/support/windowcase.h"
 
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -37,15 +37,13 @@ private slots:
     void moreSourcesThanColours();
 
 private:
-    QTemporaryDir m_home;
+    TestHome m_home;
 };
 
 void TestNdiWindowSources::initTestCase()
 {
     initVexaResources();
-    QVERIFY(m_home.isValid());
-    qputenv("HOME", m_home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+    QVERIFY(m_home.use());
 }
 
 void TestNdiWindowSources::namesAreShownAsTheyAre_data()

@@ -1,9 +1,9 @@
 #include "resources/vexaresources.h"
+#include "tests/support/testhome.h"
 #include "tests/support/windowcase.h"
 
 #include <QMetaMethod>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 /// What is usable and what is shown in every state of the window, and how each state ends.
 class TestNdiWindowStates final : public TestBase {
@@ -11,7 +11,6 @@ class TestNdiWindowStates final : public TestBase {
 
 private slots:
     void initTestCase();
-    void cleanupTestCase() { QDir::setCurrent(m_former); }
     void cleanup();
     void controls_data();
     void controls();
@@ -23,8 +22,7 @@ private slots:
     void closing();
 
 private:
-    QTemporaryDir m_home;
-    QString m_former;
+    TestHome m_home;
 };
 
 namespace {
@@ -89,11 +87,8 @@ private:
 void TestNdiWindowStates::initTestCase()
 {
     initVexaResources();
-    QVERIFY(m_home.isValid());
-    qputenv("HOME", m_home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
-    m_former = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(m_home.path())); // the analysis writes its command file there
+    QVERIFY(m_home.use());
+    QVERIFY(m_home.enter()); // the analysis writes its command file there
 }
 
 void TestNdiWindowStates::cleanup()

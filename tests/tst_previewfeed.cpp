@@ -20,24 +20,15 @@ namespace {
 const YuvColour red{65, 100, 212};
 const NDIlib_source_t source{"LOOPBACK (1080p59.94)", nullptr};
 
-/// The bars of the loopback's picture, left to right; its lower half holds a block that wanders and digits.
-const std::array<YuvColour, 8> loopbackBars{{{180, 128, 128},
-                                             {162, 44, 142},
-                                             {131, 156, 44},
-                                             {112, 72, 58},
-                                             {84, 184, 198},
-                                             {65, 100, 212},
-                                             {35, 212, 114},
-                                             {16, 128, 128}}};
-
-/// How many of the bars stand where they should, in a row a fifth of the way down.
+/// How many of the loopback's bars stand where they should, in a row a fifth of the way down: its lower half holds a
+/// block that wanders and digits.
 int barsSeen(const QImage &image)
 {
     int seen = 0;
-    for (std::size_t bar = 0; bar < loopbackBars.size(); ++bar) {
-        const int x = int((2 * bar + 1) * std::size_t(image.width()) / (2 * loopbackBars.size()));
+    for (std::size_t bar = 0; bar < barColours.size(); ++bar) {
+        const int x = int((2 * bar + 1) * std::size_t(image.width()) / (2 * barColours.size()));
         const QColor shown = image.pixelColor(x, image.height() / 5);
-        const QColor expected = shownColour(loopbackBars.at(bar));
+        const QColor expected = shownColour(barColours.at(bar));
         const bool right = std::abs(shown.red() - expected.red()) <= 4
                            && std::abs(shown.green() - expected.green()) <= 4
                            && std::abs(shown.blue() - expected.blue()) <= 4;
@@ -121,7 +112,7 @@ void TestPreviewFeed::framesOfALoopbackSourceReachTheScreen()
     QSignalSpy ends(&controller, &ReceiverController::sourceReceiverFinished);
     connect(&controller, &ReceiverController::frameData, &feed, &PreviewFeed::takeFrame);
     controller.startReceivers(source, 7, 1, 0);
-    QTRY_COMPARE_WITH_TIMEOUT(barsSeen(onScreen(window, preview)), int(loopbackBars.size()), 15000);
+    QTRY_COMPARE_WITH_TIMEOUT(barsSeen(onScreen(window, preview)), int(barColours.size()), 15000);
     QCOMPARE(preview.size(), QSize(480, 270));
 
     controller.stopReceivers();
@@ -141,11 +132,11 @@ void TestPreviewFeed::noneSelectedInMidRun()
     QSignalSpy frames(&controller, &ReceiverController::frameData);
     connect(&controller, &ReceiverController::frameData, &feed, &PreviewFeed::takeFrame);
     controller.startReceivers(source, 0, 1, 0);
-    QTRY_COMPARE_WITH_TIMEOUT(barsSeen(preview.grabFramebuffer()), int(loopbackBars.size()), 15000);
+    QTRY_COMPARE_WITH_TIMEOUT(barsSeen(preview.grabFramebuffer()), int(barColours.size()), 15000);
     preview.setSource(-1);
     const int sent = frames.count();
     QTRY_VERIFY(frames.count() > sent + 20); // freed on the way: the sanitizers see to that
-    QCOMPARE(barsSeen(preview.grabFramebuffer()), int(loopbackBars.size()));
+    QCOMPARE(barsSeen(preview.grabFramebuffer()), int(barColours.size()));
     preview.setSource(0);
     controller.stopReceivers();
     QTRY_COMPARE(ends.count(), 1);

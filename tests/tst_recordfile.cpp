@@ -1,12 +1,12 @@
 #include "app/recordfile.h"
 #include "tests/support/testbase.h"
+#include "tests/support/testhome.h"
 #include "tests/support/testrecord.h"
 
 #include <QDir>
 #include <QFile>
 #include <QLocale>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <limits>
@@ -41,15 +41,14 @@ private slots:
     void withoutARecordNothingIsAppended();
 
 private:
-    QTemporaryDir m_home;
+    TestHome m_home;
     QStringList m_made;
 };
 
 void TestRecordFile::initTestCase()
 {
     // Where the platform lets a variable name the documents folder, the user's own stays out of this.
-    qputenv("HOME", m_home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+    QVERIFY(m_home.use());
     QVERIFY(!recordFolder().isEmpty());
     QVERIFY(recordFolder().endsWith(QLatin1String("/Tessaly/Vexa")));
 }

@@ -115,19 +115,18 @@ uint8_t *BarPicture::makeFrame() const
     return frame;
 }
 
+const std::array<YuvColour, 8> barColours{{{180, 128, 128},
+                                           {162, 44, 142},
+                                           {131, 156, 44},
+                                           {112, 72, 58},
+                                           {84, 184, 198},
+                                           {65, 100, 212},
+                                           {35, 212, 114},
+                                           {16, 128, 128}}};
+
 BarPicture colourBars(int width, int height)
 {
-    return {width,
-            height,
-            {210, 128, 128},
-            {{180, 128, 128},
-             {162, 44, 142},
-             {131, 156, 44},
-             {112, 72, 58},
-             {84, 184, 198},
-             {65, 100, 212},
-             {35, 212, 114},
-             {16, 128, 128}}};
+    return {width, height, {210, 128, 128}, {barColours.begin(), barColours.end()}};
 }
 
 BarPicture plainPicture(int width, int height, const YuvColour &colour)

@@ -5,6 +5,7 @@
 #include <QSize>
 #include <QString>
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -31,6 +32,9 @@ struct BarPicture {
     /// Its frame, from new[], as a receiver would send it. The test program counts its release.
     uint8_t *makeFrame() const;
 };
+
+/// The eight bars of test generators, left to right; the loopback's picture has them, too.
+extern const std::array<YuvColour, 8> barColours;
 
 /// Eight bars as test generators make them, under a light stripe.
 BarPicture colourBars(int width, int height);
