@@ -16,8 +16,6 @@ public:
     /// Finished knots, then the running one; empty before the first point. x strictly as it came.
     std::vector<QPointF> knots() const;
 
-    int finishedKnots() const { return static_cast<int>(m_finished.size()); }
-    bool isEmpty() const { return m_count == 0; }
     double firstX() const { return m_firstX; } ///< pixel x of the first point taken
     double lastX() const { return m_lastX; }   ///< pixel x of the last point taken
 

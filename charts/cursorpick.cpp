@@ -1,5 +1,7 @@
 #include "charts/cursorpick.h"
 
+#include "charts/segments.h"
+
 #include <cmath>
 
 namespace {
@@ -66,17 +68,12 @@ std::optional<double> pickValue(const PointSeries &points, int cursorMs, double 
 
     Pick pick(cursorMs);
     for (std::size_t k = from; k <= to; ++k) {
-        double startMs = points[k].x();
-        double endMs = points[k + 1].x();
-        if (startMs > axisMs && endMs > axisMs)
+        const std::optional<QLineF> segment = cutAtAxisEnd(points[k], points[k + 1], axisMs); // as it is drawn
+        if (!segment)
             continue;
-        if (startMs < axisMs && endMs > axisMs)
-            endMs = axisMs;
-        else if (endMs < axisMs && startMs > axisMs)
-            startMs = axisMs;
-        pick.offer(startMs, points[k].y());
+        pick.offer(segment->x1(), segment->y1());
         if (k == lastPair)
-            pick.offer(endMs, points[k + 1].y());
+            pick.offer(segment->x2(), segment->y2());
     }
     return pick.value();
 }

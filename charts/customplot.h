@@ -65,7 +65,7 @@ public slots:
     void setGraphLabel(int index, QString label);
 
 signals:
-    void finished();
+    void finished(); ///< never sent; others may connect to it
 
 protected:
     void paintEvent(QPaintEvent *event) override;

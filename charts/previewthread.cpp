@@ -7,7 +7,6 @@
 namespace {
 
 constexpr unsigned long grainMs = 10;
-constexpr unsigned long stopAgainMs = 50;
 
 } // namespace
 
@@ -34,6 +33,12 @@ void PreviewThread::setWidget(VideoGlPreview *newPreview)
     waitingForPaint = false; // the paint of the former one is not waited for
 }
 
+void PreviewThread::start()
+{
+    stopRequested = false;
+    QThread::start();
+}
+
 void PreviewThread::stop()
 {
     stopRequested = true;
@@ -41,14 +46,12 @@ void PreviewThread::stop()
 
 void PreviewThread::finish()
 {
-    do {
-        stop();
-    } while (!wait(stopAgainMs));
+    stop();
+    wait();
 }
 
 void PreviewThread::run()
 {
-    stopRequested = false;
     while (!stopRequested) {
         waitingForPaint = true;
         // Through the GUI thread's queue, and to this object: the widget may be going.

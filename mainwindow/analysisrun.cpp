@@ -26,10 +26,21 @@ void AnalysisRun::start(const QString &sourceName, int seconds)
 
     connect(m_thread.get(), &QThread::started, m_worker.get(), &AnalysisWorker::process);
     connect(m_worker.get(), &AnalysisWorker::finished, m_thread.get(), &QThread::quit, Qt::DirectConnection);
-    connect(m_worker.get(), &AnalysisWorker::gotVideoDataRate, this, &AnalysisRun::gotVideoDataRate);
-    connect(m_worker.get(), &AnalysisWorker::gotVideoSize, this, &AnalysisRun::gotVideoSize);
+    // What a run has sent still waits in the event queue when the run has been aborted.
+    const int run = m_run;
+    connect(m_worker.get(), &AnalysisWorker::gotVideoDataRate, this, [this, run](QTime time, double rate) {
+        if (run == m_run)
+            emit gotVideoDataRate(time, rate);
+    });
+    connect(m_worker.get(), &AnalysisWorker::gotVideoSize, this,
+            [this, run](QTime time, double minimum, double maximum, double average) {
+                if (run == m_run)
+                    emit gotVideoSize(time, minimum, maximum, average);
+            });
     // Behind the samples in the same queue, so that nothing of this run comes after it.
-    connect(m_worker.get(), &AnalysisWorker::finished, this, [this] {
+    connect(m_worker.get(), &AnalysisWorker::finished, this, [this, run] {
+        if (run != m_run)
+            return;
         abort();
         emit ended();
     });
@@ -38,6 +49,7 @@ void AnalysisRun::start(const QString &sourceName, int seconds)
 
 void AnalysisRun::abort()
 {
+    ++m_run;
     if (!m_thread)
         return;
     m_worker->disconnect(this);

@@ -39,6 +39,7 @@ signals:
 
 private:
     MakeWorker m_makeWorker;
+    int m_run = 0; ///< number of the run, to tell late signals of an earlier one
     std::unique_ptr<QThread> m_thread;
     std::unique_ptr<AnalysisWorker> m_worker; ///< lives on m_thread while that runs
 };

@@ -44,11 +44,11 @@ int AnalysisView::msSinceStart(QTime time) const
 
 void AnalysisView::showDataRate(double megabytesPerSecond)
 {
-    ui->lblDataRateValue->setText(shown(megabytesPerSecond) + QStringLiteral("MBps"));
+    ui->lblDataRateValue->setText(sixDigits(megabytesPerSecond) + QStringLiteral("MBps"));
 }
 
 void AnalysisView::showLatency(double min, double max, double average)
 {
     ui->lblLatencyValue->setText(
-        QStringLiteral("Avg: %1mS  Min: %2mS  Max: %3mS").arg(shown(average), shown(min), shown(max)));
+        QStringLiteral("Avg: %1mS  Min: %2mS  Max: %3mS").arg(sixDigits(average), sixDigits(min), sixDigits(max)));
 }

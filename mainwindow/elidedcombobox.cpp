@@ -1,10 +1,11 @@
 #include "mainwindow/elidedcombobox.h"
 
-#include <QHelpEvent>
+#include "mainwindow/wholetexttip.h"
+
+#include <QEvent>
 #include <QStyle>
 #include <QStyleOptionComboBox>
 #include <QStylePainter>
-#include <QToolTip>
 
 ElidedComboBox::ElidedComboBox(QWidget *parent) : QComboBox(parent) {}
 
@@ -20,10 +21,7 @@ bool ElidedComboBox::event(QEvent *event)
 {
     if (event->type() != QEvent::ToolTip || shownText() == currentText())
         return QComboBox::event(event);
-    QString tip = currentText().toHtmlEscaped();
-    if (!toolTip().isEmpty())
-        tip += QLatin1String("<br><br>") + toolTip().toHtmlEscaped();
-    QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(), QLatin1String("<qt>") + tip, this);
+    showWholeText(event, currentText(), this);
     return true;
 }
 

@@ -1,10 +1,11 @@
 #include "mainwindow/elidedlabel.h"
 
-#include <QHelpEvent>
+#include "mainwindow/wholetexttip.h"
+
+#include <QEvent>
 #include <QPainter>
 #include <QStyle>
 #include <QTextLayout>
-#include <QToolTip>
 
 namespace {
 
@@ -97,10 +98,7 @@ bool ElidedLabel::event(QEvent *event)
 {
     if (event->type() != QEvent::ToolTip || !isCut())
         return QLabel::event(event);
-    QString tip = text().toHtmlEscaped().replace(QLatin1Char('\n'), QLatin1String("<br>"));
-    if (!toolTip().isEmpty())
-        tip += QLatin1String("<br><br>") + toolTip().toHtmlEscaped();
-    QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(), QLatin1String("<qt>") + tip, this);
+    showWholeText(event, text(), this);
     return true;
 }
 

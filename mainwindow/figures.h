@@ -7,7 +7,7 @@ class NDIWindow;
 }
 
 /// Numbers as the window shows them: at most six significant digits.
-QString shown(double number);
+QString sixDigits(double number);
 
 /// One video frame's measurement, as the panel beside the charts shows it.
 struct Figures {

@@ -12,7 +12,8 @@ add_library(vexa_form STATIC
   elidedlabel.cpp elidedlabel.h
   ndiwindow.ui
   ndiwindowform.cpp ndiwindowform.h
-  optionlabel.cpp optionlabel.h)
+  optionlabel.cpp optionlabel.h
+  wholetexttip.cpp wholetexttip.h)
 target_link_libraries(vexa_form
   PUBLIC vexa_tables vexa_charts vexa_loadchart vexa_preview vexa_widgets vexa_resources Qt5::Widgets
   PRIVATE vexa_sourcebutton project_options)

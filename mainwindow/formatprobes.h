@@ -9,10 +9,6 @@
 #include <memory>
 #include <vector>
 
-class QThread;
-class QTimer;
-class StreamReceiver;
-
 /// Finds out the video format of every source of a list: connects to each until its first frame. At most
 /// eight at a time; one without an answer after ten seconds makes room for the next and has its turn again
 /// later. Each receiver has a thread of its own. GUI thread.

@@ -21,7 +21,6 @@
 #include "mainwindow/sourcesearch.h"
 #include "mainwindow/windowlog.h"
 #include "ndi/ndilib.h"
-#include "probes/analysistool.h"
 #include "probes/benchmarkdlg.h"
 #include "probes/loadtrack.h"
 #include "ui_ndiwindow.h"
@@ -227,6 +226,8 @@ void NDIWindow::findThreadFinished()
 
 void NDIWindow::getNDISource(const NDIlib_source_t *sources, int no_sources)
 {
+    if (m_isClosing) // no probes any more
+        return;
     if (no_sources == SourceFinder::finderFailed || no_sources == SourceFinder::noSourceAppeared || no_sources <= 0) {
         // The first search often ends at once with an empty list: the sources come within the next seconds.
         if (no_sources == 0 && m_sources->catalog().count() == 0 && m_emptySearches++ < mostEmptySearches)
@@ -256,6 +257,7 @@ void NDIWindow::startStopTest()
         stopByUser();
         return;
     }
+    m_analysis->abort(); // the tool goes on for a while after its test
     m_test->clearRows();
     markRevision(*ui, false);
     bool started = false;
@@ -369,7 +371,8 @@ void NDIWindow::exportData()
 
 void NDIWindow::importData()
 {
-    runDialog([this] { importCharts(this, *ui, *m_modes, m_parts.analysisToolThere); });
+    runDialog(
+        [this] { importCharts(this, *ui, *m_modes, m_parts.analysisToolThere, [this] { m_analysis->abort(); }); });
 }
 
 void NDIWindow::startSourceTest(int sourceIndex, int receivers, int graphIndex)
@@ -522,6 +525,7 @@ void NDIWindow::closeEvent(QCloseEvent *event)
     event->accept();
 }
 
+/// Others connect to it; the window has nothing to do then.
 void NDIWindow::trackFinished() {}
 
 void NDIWindow::resizeEvent(QResizeEvent *event)

@@ -34,6 +34,7 @@ class NDIWindow final : public QMainWindow {
     Q_DISABLE_COPY_MOVE(NDIWindow)
 
 public:
+    /// Names for others; the window itself tells its state by its controls.
     enum windowStatus { ready, running, stoping, stopeed };
     Q_ENUM(windowStatus)
 

@@ -11,22 +11,14 @@
 
 void dressForm(const Ui::NDIWindow &form)
 {
-    const QColor panel(32, 32, 32);
-    const QColor accent(21, 207, 187);
-    const QColor track(23, 23, 23);
-    QPalette palette = form.progress_viewer->palette();
-    for (const QPalette::ColorRole role : {QPalette::Window, QPalette::AlternateBase})
-        palette.setColor(role, panel);
-    for (const QPalette::ColorRole role : {QPalette::Highlight, QPalette::Text})
-        palette.setColor(role, accent);
-    for (const QPalette::ColorRole role : {QPalette::Base, QPalette::Shadow})
-        palette.setColor(role, track);
+    QPalette palette = form.progress_viewer->palette(); // its own but for the shadow
+    palette.setColor(QPalette::Shadow, palette.color(QPalette::Base));
     form.progress_viewer->setPalette(palette);
     form.progress_viewer->setRange(0.0, 100.0);
     form.progress_viewer->setValue(0.0);
     form.progress_viewer->setFormat(QStringLiteral("%p"));
     form.dataflow->hide();
-    form.waiting_spinner->setColor(accent);
+    form.waiting_spinner->setColor(palette.color(QPalette::Highlight));
     form.waiting_spinner->hide();
 
     const std::array<std::pair<CustomPlot *, const char *>, 5> charts{{{form.fpsPlot, "FPS"},

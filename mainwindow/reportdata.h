@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QVector>
-
 #include <vector>
 
 /// Which test a report is of.

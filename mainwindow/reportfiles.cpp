@@ -98,7 +98,7 @@ void exportCharts(QWidget *window, const Ui::NDIWindow &form)
 }
 
 void importCharts(QWidget *window, const Ui::NDIWindow &form, ModeSwitch &modes,
-                  const std::function<bool()> &analysisToolThere)
+                  const std::function<bool()> &analysisToolThere, const std::function<void()> &beforeFilling)
 {
     const QPointer<QWidget> alive(window);
     const QString path = chosenReport(window);
@@ -107,6 +107,7 @@ void importCharts(QWidget *window, const Ui::NDIWindow &form, ModeSwitch &modes,
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return;
+    beforeFilling();
     markRevision(form, true);
     readReport(file, form, modes, analysisToolThere);
 }

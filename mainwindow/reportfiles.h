@@ -15,7 +15,8 @@ class NDIWindow;
 void exportCharts(QWidget *window, const Ui::NDIWindow &form);
 /// Shows a report that the user chooses, in the mode that it was made in. A report of an analysis is left alone
 /// while analyses are not offered or analysisToolThere says no.
+/// beforeFilling: called before the charts are touched.
 void importCharts(QWidget *window, const Ui::NDIWindow &form, ModeSwitch &modes,
-                  const std::function<bool()> &analysisToolThere);
+                  const std::function<bool()> &analysisToolThere, const std::function<void()> &beforeFilling);
 /// Whether the charts show a report: marks the buttons for import.
 void markRevision(const Ui::NDIWindow &form, bool on);

@@ -2,6 +2,8 @@
 
 #include "mainwindow/reportdata.h"
 
+#include <QVector>
+
 class QTextStream;
 
 /// Writes a report: plain text, one item a line, lines ended by a single line feed, real numbers with at most six

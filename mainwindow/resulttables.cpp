@@ -113,6 +113,12 @@ void fillDetailFormat(QtCustomTableWidget *table, int row, const QString &format
     setCellText(table, row, 6, QString::number(height));
 }
 
+void fillStatusFigures(QTableWidget *table, int row, const QString &rate, const QString &interval)
+{
+    setCellText(table, row, 2, rate);
+    setCellText(table, row, 3, interval);
+}
+
 void setCellText(QTableWidget *table, int row, int column, const QString &text)
 {
     if (row < 0 || row >= table->rowCount())
@@ -123,14 +129,9 @@ void setCellText(QTableWidget *table, int row, int column, const QString &text)
         table->setItem(row, column, plainItem(text));
 }
 
-void updateStatusTable(QTableWidget *statusTable, const QTableWidget &sourceTable, const QVector<QCheckBox *> &checks,
+void updateStatusTable(QTableWidget *statusTable, const QTableWidget &sourceTable, const QVector<int> &checked,
                        CustomHeader *header)
 {
-    QVector<int> checked;
-    for (int row = 0; row < checks.size(); ++row) {
-        if (checks.at(row)->isChecked())
-            checked.append(row);
-    }
     statusTable->setRowCount(0);
     statusTable->setRowCount(checked.size());
     for (int i = 0; i < checked.size(); ++i) {
@@ -140,7 +141,7 @@ void updateStatusTable(QTableWidget *statusTable, const QTableWidget &sourceTabl
     }
     if (checked.isEmpty())
         header->setAllChecked(false);
-    else if (checked.size() == checks.size())
+    else if (checked.size() == sourceTable.rowCount())
         header->setAllChecked(true);
     header->viewport()->update();
 }

@@ -27,10 +27,12 @@ void fillDetailRow(QtCustomTableWidget *table, int row, const QString &name, con
 /// Columns 3 to 6 of a row; does nothing when there is no such row.
 void fillDetailFormat(QtCustomTableWidget *table, int row, const QString &format, double framesPerSecond, int width,
                       int height);
+/// The latest rate and interval of a source under test; does nothing when there is no such row.
+void fillStatusFigures(QTableWidget *table, int row, const QString &rate, const QString &interval);
 /// Sets the text of a cell of an existing row; does nothing when there is no such row.
 void setCellText(QTableWidget *table, int row, int column, const QString &text);
 
-/// One row in statusTable for each checked row of sourceTable, whose boxes are checks, by row. The
+/// One row in statusTable for each row of sourceTable in checked. The
 /// header's mark becomes set when all are checked, clear when none is, and else stays.
-void updateStatusTable(QTableWidget *statusTable, const QTableWidget &sourceTable, const QVector<QCheckBox *> &checks,
+void updateStatusTable(QTableWidget *statusTable, const QTableWidget &sourceTable, const QVector<int> &checked,
                        CustomHeader *header);

@@ -76,7 +76,7 @@ void SourceLists::addRow(int index)
 void SourceLists::updateStatusRows()
 {
     if (!m_isCheckingAll)
-        updateStatusTable(ui->tblStatus, *ui->sourceTable, sourceChecks, m_header);
+        updateStatusTable(ui->tblStatus, *ui->sourceTable, checkedRows(), m_header);
 }
 
 void SourceLists::setAllChecked(bool checked)

@@ -24,6 +24,5 @@ bool SourceSearch::start()
 
 void SourceSearch::requestEnd()
 {
-    finderThread.requestInterruption();
     finderThread.quit();
 }

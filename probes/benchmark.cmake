@@ -7,7 +7,7 @@ if(WIN32)
 else()
   target_sources(vexa_benchmarkparser PRIVATE benchmarktool_linux.cpp)
 endif()
-target_link_libraries(vexa_benchmarkparser PUBLIC Qt5::Core PRIVATE project_options)
+target_link_libraries(vexa_benchmarkparser PUBLIC Qt5::Core PRIVATE vexa_tooloutput project_options)
 
 add_library(vexa_benchmark STATIC benchmarkdlg.cpp benchmarkdlg.h)
 target_link_libraries(vexa_benchmark PUBLIC Qt5::Widgets PRIVATE vexa_benchmarkparser vexa_widgets project_options)

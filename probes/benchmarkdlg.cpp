@@ -17,18 +17,9 @@ constexpr int startDelayMs = 2000;
 constexpr int mostCores = 24;  // on the bar
 constexpr int pageMargin = 66; // px, so that the notice has two lines of about the same length
 
-const char *const dialogStyle = "QDialog{\n\tbackground-color: transparent;\n}";
 const char *const bodyStyle = "QWidget#widBodyWrapper{\n\tbackground-color: #202020;\n"
                               "\tborder-bottom-left-radius: 5px; border-bottom-right-radius: 5px;\n}"
                               "QLabel{\n\tbackground-color: transparent;\n}";
-// The border of a button without the focus keeps it at the same size.
-const char *const startStyle =
-    "QPushButton{\n\tfont: bold 16px \"Kumbh Sans\";\n"
-    "\tbackground-color: #15cfbb; color: white;\n"
-    "\tborder: 2px solid #15cfbb; border-radius: 15px;\n\tpadding: 3px 22px; outline: none;\n}"
-    "QPushButton:hover{\n\tbackground-color: #12b3a2; border-color: #12b3a2;\n}"
-    "QPushButton:pressed{\n\tbackground-color: #0e8f81; border-color: #0e8f81;\n}"
-    "QPushButton:focus{\n\tborder-color: #ffffff;\n}";
 const char *const noticeStyle = "QLabel{\n\tfont: 500 14px \"Kumbh Sans\";\n\tcolor: #c8c8c8;\n}";
 const char *const progressStyle = "QLabel{\n\tfont: 600 16px \"Kumbh Sans\";\n\tcolor: #15cfbb;\n}";
 const char *const captionStyle = "QLabel{\n\tfont: 600 16px \"Kumbh Sans\";\n\tcolor: #ffffff;\n}";
@@ -99,7 +90,7 @@ BenchmarkDlg::BenchmarkDlg(int toolTimeoutMs) : m_toolTimeoutMs(toolTimeoutMs), 
     setWindowFlags(Qt::FramelessWindowHint);
     setAttribute(Qt::WA_TranslucentBackground); // else the rounded corners are black
     setWindowTitle(QStringLiteral("Dialog"));
-    setStyleSheet(QLatin1String(dialogStyle));
+    setStyleSheet(dialogStyle());
     auto *body = new QWidget(this);
     body->setObjectName(QStringLiteral("widBodyWrapper"));
     body->setStyleSheet(QLatin1String(bodyStyle));
@@ -139,7 +130,7 @@ QWidget *BenchmarkDlg::makeStartPage()
     page->setObjectName(QStringLiteral("startWrapper"));
     auto *start = new QPushButton(tr("Start"), page);
     start->setObjectName(QStringLiteral("btn_test"));
-    start->setStyleSheet(QLatin1String(startStyle));
+    start->setStyleSheet(mainButtonStyle(QStringLiteral("bold 16px")));
     start->setMinimumWidth(140);
     start->setDefault(true);
     connect(start, &QPushButton::clicked, this, &BenchmarkDlg::showProgressPage);

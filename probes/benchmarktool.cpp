@@ -1,7 +1,7 @@
 #include "probes/benchmarktool.h"
 
-#include <QFileInfo>
-#include <QProcess>
+#include "probes/tooloutput.h"
+
 #include <QStandardPaths>
 
 QString findBenchmarkTool(const QString &folder, const QString &name)
@@ -19,16 +19,6 @@ QString runBenchmarkTool(const QString &path, int timeoutMs)
 {
     if (path.isEmpty())
         return {};
-    QProcess tool;
-    tool.setProcessChannelMode(QProcess::MergedChannels);
-    // QProcess puts a name with blanks into double quotes on the command line.
-    tool.start(path, {}, QIODevice::ReadWrite);
-    const bool ended = tool.waitForFinished(timeoutMs);
-    const QByteArray output = tool.readAllStandardOutput();
-    if (!ended && tool.state() != QProcess::NotRunning) {
-        constexpr int killTimeoutMs = 1000; // the process object by itself would wait 30 s
-        tool.kill();
-        tool.waitForFinished(killTimeoutMs);
-    }
-    return QString::fromLocal8Bit(output);
+    const ToolCommand command{path, {}, std::chrono::milliseconds(timeoutMs), true};
+    return QString::fromLocal8Bit(runTool(command, [] { return false; }).output);
 }

@@ -4,8 +4,10 @@
 
 QString getLinkSpeed(const QString &adapter, const std::atomic<bool> &abort)
 {
-    const QString query = QStringLiteral("SELECT * FROM Win32_NetworkAdapter where NetEnabled ='TRUE' and Name = '")
-                          + adapter + QLatin1Char('\'');
+    QString name = adapter;
+    name.replace(QLatin1Char('\\'), QLatin1String("\\\\")).replace(QLatin1Char('\''), QLatin1String("\\'"));
+    const QString query =
+        QStringLiteral("SELECT * FROM Win32_NetworkAdapter where NetEnabled ='TRUE' and Name = '%1'").arg(name);
     const std::optional<QString> speed = managementText(query, L"Speed", abort);
     return speed ? linkSpeedOfBits(*speed) : QString();
 }

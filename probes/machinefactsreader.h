@@ -23,15 +23,6 @@ struct AdapterProbes {
 /// Gathers the facts about this machine that may take long, the network adapters and their link speeds,
 /// on a thread of its own, so that nobody waits for them. Belongs to its owner's thread, where its
 /// signals arrive; the owner needs an event loop.
-///
-/// What a main window calls on the GUI thread, in this order; each of it returns within milliseconds:
-///   1. before it is shown: getCpuInfo(), memoryText(getTotalMemoryGB()), getDisplayInfo(),
-///      QSysInfo::prettyProductName(), QSysInfo::machineHostName();
-///   2. at each tick of its uptime timer: uptimeText(systemUptimeMs());
-///   3. once the NDI library is there: start(), systemBuildVersion().
-/// The rest comes by itself. At adaptersRead() the window replaces its records, then fills its combo box
-/// from them, or disables the NETWORK tab when there are none; at linkSpeedRead() it puts the text into
-/// that record, and shows the record again if it is the current one.
 class MachineFactsReader final : public QObject {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(MachineFactsReader)

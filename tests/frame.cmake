@@ -18,8 +18,3 @@ if(NOT WIN32)
     endif()
   endforeach()
 endif()
-
-# For looking at the frame; not a test.
-add_executable(vexa_frame_viewer
-  frame_viewer/main.cpp form_viewer/formsamples.cpp form_viewer/formsamples.h)
-target_link_libraries(vexa_frame_viewer PRIVATE vexa_form vexa_frame vexa_resources project_options)

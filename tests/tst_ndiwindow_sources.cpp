@@ -35,6 +35,7 @@ private slots:
     void listsThatShrinkBetweenTests();
     void listsThatShrinkToNothing();
     void moreSourcesThanColours();
+    void aListThatComesWhileClosing();
 
 private:
     TestHome m_home;
@@ -201,6 +202,15 @@ void TestNdiWindowSources::moreSourcesThanColours()
     QTRY_VERIFY(test.isIdle());
     QCOMPARE(recordLines().size() - 2, frames.count());
     QVERIFY(QFile::remove(recordPath()));
+}
+
+void TestNdiWindowSources::aListThatComesWhileClosing()
+{
+    WindowCase test(3);
+    test.window->requestClose(); // the first search is under way
+    QCoreApplication::processEvents();
+    QCOMPARE(test.ndi.counts().created, 0); // no format is asked for any more
+    QCOMPARE(test.ui().sourceList->count(), 0);
 }
 
 QTEST_MAIN(TestNdiWindowSources)

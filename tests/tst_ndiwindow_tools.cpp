@@ -30,6 +30,8 @@ private slots:
     void samplesOfTheTool();
     void toolThatEndsWithoutSamples();
     void secondRunReplacesTheFirst();
+    void anotherTestEndsTheTool();
+    void lateSamplesOfAnEarlierRun();
     void closingWhileTheToolHangs();
     void benchmarkDialog();
     void hostileReports_data();
@@ -113,6 +115,49 @@ void TestNdiWindowTools::secondRunReplacesTheFirst()
     QTRY_VERIFY_WITH_TIMEOUT(test.isIdle(), waitMs);
     test.window->requestClose();
     test.window.reset();
+    QVERIFY(tools.waitUntilGone());
+}
+
+void TestNdiWindowTools::anotherTestEndsTheTool()
+{
+    StandinControl tools;
+    WindowCase test(1, 100, true, 0, standinWorker);
+    startAnalysis(test, tools);
+    tools.tell("out", "12:01:02.345: Video data rate (MBps) Avg=6.5\r\n");
+    QTRY_VERIFY_WITH_TIMEOUT(test.isIdle(), waitMs);
+    test.ndi.setScript(framesWithoutEnd());
+    test.choose(test.ui().singleOption);
+    test.press();
+    QVERIFY(tools.waitUntilGone());
+    QTRY_VERIFY_WITH_TIMEOUT(test.isIdle(), waitMs);
+}
+
+void TestNdiWindowTools::lateSamplesOfAnEarlierRun()
+{
+    StandinControl tools;
+    AnalysisWorker *worker = nullptr;
+    AnalysisRun run([&worker] {
+        std::unique_ptr<AnalysisWorker> made = standinWorker();
+        worker = made.get();
+        return made;
+    });
+    QSignalSpy rates(&run, &AnalysisRun::gotVideoDataRate);
+    QSignalSpy sizes(&run, &AnalysisRun::gotVideoSize);
+    QSignalSpy ends(&run, &AnalysisRun::ended);
+    run.start(QStringLiteral("CAM 1"), 60);
+    QVERIFY(tools.waitForTools());
+    // From another thread, so that they wait in the queue of this one.
+    std::thread([worker] {
+        emit worker->gotVideoDataRate(QTime(10, 0), 6.5);
+        emit worker->gotVideoSize(QTime(10, 0), 1, 2, 3);
+        emit worker->finished();
+    }).join();
+    run.start(QStringLiteral("CAM 1"), 60);
+    QVERIFY(tools.waitForTools(2));
+    QCoreApplication::processEvents();
+    QCOMPARE(rates.count() + sizes.count() + ends.count(), 0);
+    QVERIFY(run.isRunning());
+    run.abort();
     QVERIFY(tools.waitUntilGone());
 }
 

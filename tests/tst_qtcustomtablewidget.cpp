@@ -52,7 +52,15 @@ struct Tables {
                 check->setChecked(on);
         });
     }
-    void update() { updateStatusTable(&status, sources, checks, header); }
+    void update()
+    {
+        QVector<int> checked;
+        for (int row = 0; row < checks.size(); ++row) {
+            if (checks.at(row)->isChecked())
+                checked.append(row);
+        }
+        updateStatusTable(&status, sources, checked, header);
+    }
 
     QtCustomTableWidget sources;
     QTableWidget status;

@@ -21,7 +21,6 @@ constexpr double mainPointSize = 14.0;
 constexpr double furtherPointSize = 12.0;
 constexpr int errorPointSize = 20;
 
-const char *const dialogStyle = "QDialog{\n\tbackground-color: transparent;\n}";
 const char *const bodyStyle = "QWidget#widBodyWrapper{\n\tbackground-color: #202020;\n}"
                               "QLabel{\n\tbackground-color: transparent;\n}"; // whatever the parent's style says
 const char *const bottomStyle = "QWidget#widBottom{\n\tbackground-color: #202020;\n"
@@ -29,13 +28,6 @@ const char *const bottomStyle = "QWidget#widBottom{\n\tbackground-color: #202020
 const char *const logoStyle = "QToolButton{\n\tbackground-color: transparent; border: none;\n}";
 const char *const textStyle = "QLabel { color : #ffffff; }";
 const char *const errorTextStyle = "QLabel { color : red; }";
-// The border of a button without the focus keeps it at the same size.
-const char *const okStyle = "QPushButton{\n\tbackground-color: #15cfbb; color: white;\n"
-                            "\tfont: 600 12pt \"Kumbh Sans\";\n\tborder: 2px solid #15cfbb; border-radius: 15px;\n"
-                            "\tpadding: 3px 22px; outline: none;\n}"
-                            "QPushButton:hover{\n\tbackground-color: #12b3a2; border-color: #12b3a2;\n}"
-                            "QPushButton:pressed{\n\tbackground-color: #0e8f81; border-color: #0e8f81;\n}"
-                            "QPushButton:focus{\n\tborder-color: #ffffff;\n}";
 
 /// Width of the longest line of a text that is not wrapped, and of its longest word.
 struct TextWidths {
@@ -110,7 +102,7 @@ int messageBoxWidth(int textWidth, int wordWidth, int screenWidth)
 CustomMessageBox::CustomMessageBox(QWidget *parent) : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint)
 {
     setAttribute(Qt::WA_TranslucentBackground); // else the rounded corners are black
-    setStyleSheet(QLatin1String(dialogStyle));
+    setStyleSheet(dialogStyle());
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -173,7 +165,7 @@ QWidget *CustomMessageBox::makeBottom()
     bottom->setStyleSheet(QLatin1String(bottomStyle));
     m_ok = new QPushButton(tr("OK"), bottom);
     m_ok->setObjectName(QStringLiteral("btnOk"));
-    m_ok->setStyleSheet(QLatin1String(okStyle));
+    m_ok->setStyleSheet(mainButtonStyle(QStringLiteral("600 12pt")));
     m_ok->setMinimumWidth(120);
     auto *layout = new QHBoxLayout(bottom);
     layout->setContentsMargins(bodyMargin, 6, bodyMargin, 22);

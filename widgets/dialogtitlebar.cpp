@@ -42,3 +42,20 @@ DialogTitleBar makeDialogTitleBar(QDialog *dialog)
     QObject::connect(parts.close, &QToolButton::released, dialog, &QDialog::reject);
     return parts;
 }
+
+QString dialogStyle()
+{
+    return QStringLiteral("QDialog{\n\tbackground-color: transparent;\n}");
+}
+
+QString mainButtonStyle(const QString &font)
+{
+    // The border of a button without the focus keeps it at the same size.
+    return QStringLiteral("QPushButton{\n\tbackground-color: #15cfbb; color: white;\n"
+                          "\tfont: %1 \"Kumbh Sans\";\n\tborder: 2px solid #15cfbb; border-radius: 15px;\n"
+                          "\tpadding: 3px 22px; outline: none;\n}"
+                          "QPushButton:hover{\n\tbackground-color: #12b3a2; border-color: #12b3a2;\n}"
+                          "QPushButton:pressed{\n\tbackground-color: #0e8f81; border-color: #0e8f81;\n}"
+                          "QPushButton:focus{\n\tborder-color: #ffffff;\n}")
+        .arg(font);
+}

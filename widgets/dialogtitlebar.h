@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 class QDialog;
 class QLabel;
 class QToolButton;
@@ -14,3 +16,8 @@ struct DialogTitleBar {
 };
 
 DialogTitleBar makeDialogTitleBar(QDialog *dialog);
+
+/// Style sheet of a dialog whose corners are cut round by its bar.
+QString dialogStyle();
+/// Style sheet of a dialog's main button. font: as style sheets write it, such as "bold 16px".
+QString mainButtonStyle(const QString &font);

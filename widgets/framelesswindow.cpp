@@ -142,6 +142,7 @@ void FramelessWindow::on_applicationStateChanged(Qt::ApplicationState state)
     applyMaximumGeometry();
 }
 
+/// The dragger tells of a click; nothing is to be done.
 void FramelessWindow::onTitle_clicked() {}
 
 void FramelessWindow::on_minimizeButton_clicked()

@@ -62,7 +62,7 @@ NDIWindowParts parts()
         probes.adapters = [](const std::atomic<bool> &) {
             NetworkAdapterInfo media;
             media.name = QStringLiteral("Media network");
-            media.description = QStringLiteral("10 Gigabit Ethernet Adapter");
+            media.description = QStringLiteral("Gigabit Ethernet Adapter");
             media.autoConfiguration = QStringLiteral("Enabled");
             media.dhcp = QStringLiteral("Disabled");
             media.ipv4Address = QStringLiteral("10.20.0.40(Preferred)");
@@ -71,7 +71,7 @@ NDIWindowParts parts()
             return NetworkAdapters{media};
         };
         probes.linkSpeed = [](const NetworkAdapterInfo &, const std::atomic<bool> &) {
-            return QStringLiteral("10000/10000Mbps");
+            return QStringLiteral("1000/1000Mbps");
         };
         return probes;
     };

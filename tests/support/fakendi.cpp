@@ -29,7 +29,6 @@ struct State {
     FakeNdi::Counts counts;
     NDIlib_recv_create_v3_t lastSettings;
     QByteArray lastSourceName;
-    QByteArray lastSourceUrl;
     QByteArray lastReceiverName;
     std::map<NDIlib_recv_instance_t, Receiver> receivers;
     std::uintptr_t nextHandle = 16;
@@ -118,7 +117,6 @@ NDIlib_recv_instance_t recvCreate(const NDIlib_recv_create_v3_t *settings)
     ++state->counts.created;
     state->lastSettings = *settings;
     state->lastSourceName = settings->source_to_connect_to.p_ndi_name;
-    state->lastSourceUrl = settings->source_to_connect_to.p_url_address;
     state->lastReceiverName = settings->p_ndi_recv_name;
     if (state->receiverFails)
         return nullptr;
@@ -241,31 +239,37 @@ FakeNdi::~FakeNdi()
 
 void FakeNdi::setScript(std::vector<FakeFrame> script)
 {
+    const std::lock_guard<std::mutex> locker(state->mutex);
     state->script = std::move(script);
 }
 
 void FakeNdi::setInitializeFails(bool fails)
 {
+    const std::lock_guard<std::mutex> locker(state->mutex);
     state->initializeFails = fails;
 }
 
 void FakeNdi::setFinderFails(bool fails)
 {
+    const std::lock_guard<std::mutex> locker(state->mutex);
     state->finderFails = fails;
 }
 
 void FakeNdi::setReceiverFails(bool fails)
 {
+    const std::lock_guard<std::mutex> locker(state->mutex);
     state->receiverFails = fails;
 }
 
 void FakeNdi::setSourceLists(const QVector<QVector<QByteArray>> &lists)
 {
+    const std::lock_guard<std::mutex> locker(state->mutex);
     state->lists = lists;
 }
 
 void FakeNdi::setOnCapture(std::function<void(int)> onCapture)
 {
+    const std::lock_guard<std::mutex> locker(state->mutex);
     state->onCapture = std::move(onCapture);
 }
 

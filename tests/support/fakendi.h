@@ -19,7 +19,7 @@ struct FakeFrame {
 
 /// A scripted NDI runtime in the place of the real one, from construction to destruction. One at a
 /// time. Every receiver plays the same script from its start; after its end captures bring nothing.
-/// Settings are made before the code under test runs; counts may be read at any time.
+/// Settings may be changed and counts read at any time, by any thread.
 class FakeNdi final {
 public:
     struct Counts {
@@ -45,7 +45,7 @@ public:
     void setInitializeFails(bool fails);
     void setFinderFails(bool fails);
     void setReceiverFails(bool fails);
-    /// One list for each query, the last one for ever; a wait is true while lists are left. A list is
+    /// One list for each query, an empty one when none is left; a wait is true while lists are left. A list is
     /// spoilt by the next call on the finder, as in the runtime.
     void setSourceLists(const QVector<QVector<QByteArray>> &lists);
     /// Called in every capture before it returns, with the number of that receiver's capture, 0-based.
