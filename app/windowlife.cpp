@@ -121,6 +121,7 @@ int runWindow()
     logFirstPaint(frame);
     frame->maximizeOrCenter();
     splash.finish(frame);
+    window->warmUpPreview();
     recoverJournalsInBackground(frame, [&frame](const QStringList &lines) { showRecoveredRecords(lines, frame); });
     const int status = isOver ? 0 : QApplication::exec();
     delete frame.data();

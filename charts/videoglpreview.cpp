@@ -74,6 +74,27 @@ void VideoGlPreview::setFrame(int sourceIndex, int, int width, int height, uint8
         fitInto(*container, width, height);
 }
 
+void VideoGlPreview::warmUp()
+{
+    if (isVisible() || pendingFrame)
+        return;
+    grabFramebuffer(); // sets OpenGL up, shown or not
+    if (!m_hasFunctions)
+        return;
+    constexpr int side = 32;
+    constexpr std::size_t bytes = std::size_t(side) * side * 2 + frameTailBytes;
+    pendingFrame = std::make_unique<uint8_t[]>(bytes);
+    frameWidth = side;
+    frameHeight = side;
+    makeCurrent();
+    resizeGL(width(), height());
+    drawPendingFrame();
+    pendingFrame.reset();
+    glClear(GL_COLOR_BUFFER_BIT);
+    glFinish();
+    doneCurrent();
+}
+
 void VideoGlPreview::fitInto(const QWidget &room, int frameW, int frameH)
 {
     if (size().isEmpty() || room.size().isEmpty())

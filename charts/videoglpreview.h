@@ -34,6 +34,9 @@ public:
     int source() const { return selectedSource; }
     /// Whether OpenGL was set up and frames can be drawn; false before the first time on the screen.
     bool canDraw() const { return m_hasFunctions; }
+    /// Does once, unseen, what the first frame would otherwise wait for: sets OpenGL up and draws a picture. For a
+    /// hidden preview in a window that is on the screen; takes some ten ms, and leaves nothing to be seen.
+    void warmUp();
 
 public slots:
     /// Index of the source to show, -1 for none. A frame that waits is released with the next paint.

@@ -14,6 +14,7 @@
 #include "mainwindow/modeswitch.h"
 #include "mainwindow/ndiwindowform.h"
 #include "mainwindow/previewchoice.h"
+#include "mainwindow/previewwarmup.h"
 #include "mainwindow/qtcustomtablewidget.h"
 #include "mainwindow/reportfiles.h"
 #include "mainwindow/resulttables.h"
@@ -83,6 +84,7 @@ NDIWindow::NDIWindow(NDIWindowParts parts, QWidget *parent)
 NDIWindow::~NDIWindow()
 {
     m_isClosing = true;
+    m_previewWarmUp.reset();
     ui->loadTrack->sampler->running = false;
     m_probes->stop();
     m_test->stopReceivers();
@@ -95,6 +97,14 @@ NDIWindow::~NDIWindow()
     m_test.reset();
     if (m_isLibraryInUse)
         NDIlib_destroy();
+}
+
+void NDIWindow::warmUpPreview()
+{
+    if (m_parts.revisionOnly)
+        return;
+    m_previewWarmUp = std::make_unique<PreviewWarmUp>(ui->vidGlPreview, [this] { return m_test->isRunning(); });
+    m_previewWarmUp->start();
 }
 
 bool NDIWindow::initialize()

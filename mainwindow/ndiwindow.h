@@ -19,6 +19,7 @@ class MachineTabs;
 class ModeSwitch;
 class PreviewChoice;
 class PreviewFeed;
+class PreviewWarmUp;
 class SourceLists;
 class SourceSearch;
 class TestRun;
@@ -44,6 +45,9 @@ public:
     ~NDIWindow() override;
 
     const Ui::NDIWindow &form() const { return *ui; }
+    /// Once the window is shown: makes OpenGL ready in idle moments, so that the first test need not. See
+    /// PreviewWarmUp.
+    void warmUpPreview();
 
 signals:
     /// The window has ended all that it had under way; once.
@@ -126,6 +130,7 @@ private:
     PreviewThread previewThread; ///< asks for the preview's repaints
     std::unique_ptr<PreviewFeed> m_previewFeed;
     std::unique_ptr<PreviewChoice> m_previewChoice;
+    std::unique_ptr<PreviewWarmUp> m_previewWarmUp;
     std::unique_ptr<ModeSwitch> m_modes;
     std::unique_ptr<ControlStates> m_controls;
     std::unique_ptr<MachineTabs> m_machineTabs;

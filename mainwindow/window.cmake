@@ -8,6 +8,7 @@ add_library(vexa_window STATIC
   modeswitch.cpp modeswitch.h
   ndiwindow.cpp ndiwindow.h
   ndiwindowparts.cpp ndiwindowparts.h
+  previewwarmup.cpp previewwarmup.h
   reportfiles.cpp reportfiles.h
   sourcelists.cpp sourcelists.h
   sourcesearch.cpp sourcesearch.h

@@ -7,3 +7,5 @@ foreach(test ndiwindow ndiwindow_loopback ndiwindow_reports ndiwindow_sources nd
     ndiwindow_tools)
   set_target_properties(tst_${test} PROPERTIES AUTOUIC OFF) # the form is the window's
 endforeach()
+vexa_screen_test(previewwarmup LABEL window TIMEOUT 120 LIBS vexa_window preview_support)
+set_target_properties(tst_previewwarmup PROPERTIES AUTOUIC OFF)

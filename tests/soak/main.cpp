@@ -243,6 +243,7 @@ int main(int argc, char **argv)
     QObject::connect(frame, &FramelessWindow::requestClose, window, &NDIWindow::requestClose);
     frame->show();
     frame->maximizeOrCenter();
+    window->warmUpPreview();
     const Ui::NDIWindow &ui = window->form();
     waitUntil([&ui] { return ui.sourceList->count() > 0; }, 30000);
     waitUntil([] { return false; }, 3000); // the probes
