@@ -8,5 +8,6 @@ add_library(vexa_journal STATIC
 target_sources(vexa_journal PRIVATE $<IF:$<BOOL:${WIN32}>,journalfile_win.cpp,journalfile_linux.cpp>)
 target_link_libraries(vexa_journal PUBLIC Qt5::Core PRIVATE vexa_record project_options Threads::Threads)
 
-add_library(vexa_testrun STATIC testrecorder.cpp testrecorder.h testrun.cpp testrun.h)
+add_library(vexa_testrun STATIC testrecorder.cpp testrecorder.h testrun.cpp testrun.h unusedmemory.h)
+target_sources(vexa_testrun PRIVATE $<IF:$<BOOL:${WIN32}>,unusedmemory_win.cpp,unusedmemory_linux.cpp>)
 target_link_libraries(vexa_testrun PUBLIC vexa_ndi vexa_record vexa_journal PRIVATE project_options)

@@ -2,6 +2,7 @@
 
 #include "app/recordfile.h"
 #include "app/testrun.h"
+#include "app/unusedmemory.h"
 #include "charts/cpugputrack.h"
 #include "charts/customplot.h"
 #include "charts/previewfeed.h"
@@ -473,6 +474,7 @@ void NDIWindow::sourceTestFinished(int index)
         stopTest(); // all receivers ended by themselves
     m_controls->enter(ControlStates::idle);
     progressTimer.stop();
+    QTimer::singleShot(0, this, [] { returnUnusedMemory(); }); // the receivers go first
     qCDebug(windowLog, "test ended: last record '%s'", qUtf8Printable(recordPath()));
 }
 

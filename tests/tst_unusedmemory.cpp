@@ -1,0 +1,95 @@
+// What a test needed is the system's again when the test is over.
+#include "app/unusedmemory.h"
+#include "resources/vexaresources.h"
+#include "tests/support/windowcase.h"
+
+#include <QTemporaryDir>
+
+#include <thread>
+
+namespace {
+
+constexpr double storeMb = 32.0;
+
+/// Memory of the process' own in MB.
+double ownMemoryMb()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0.0;
+    const QList<QByteArray> lines = status.readAll().split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.startsWith("RssAnon:"))
+            return line.mid(8).simplified().split(' ').constFirst().toDouble() / 1024.0;
+    }
+    return 0.0;
+}
+
+/// Leaves what a receiver's thread leaves: much free memory below a little that is still in use.
+class FreeStore final {
+public:
+    FreeStore()
+    {
+        constexpr std::size_t blockBytes = 64 * 1024; // not as large as those that go back at once
+        std::thread receiver([this] {
+            std::vector<std::unique_ptr<char[]>> blocks;
+            for (int i = 0; i < int(storeMb * 1024 * 1024 / blockBytes); ++i) {
+                blocks.emplace_back(new char[blockBytes]);
+                std::fill_n(blocks.back().get(), blockBytes, 'x');
+            }
+            m_inUse = std::make_unique<char[]>(blockBytes);
+        });
+        receiver.join();
+    }
+
+private:
+    std::unique_ptr<char[]> m_inUse;
+};
+
+} // namespace
+
+class TestUnusedMemory final : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void freeMemoryGoesBack();
+    void theEndOfATestGivesItBack();
+
+private:
+    QTemporaryDir m_home;
+};
+
+void TestUnusedMemory::initTestCase()
+{
+    initVexaResources();
+    QVERIFY(m_home.isValid());
+    qputenv("HOME", m_home.path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+}
+
+void TestUnusedMemory::freeMemoryGoesBack()
+{
+    const double beforeMb = ownMemoryMb();
+    const FreeStore store;
+    QVERIFY(ownMemoryMb() > beforeMb + storeMb / 2); // the C library has kept it
+    returnUnusedMemory();
+    QVERIFY(ownMemoryMb() < beforeMb + storeMb / 4);
+}
+
+void TestUnusedMemory::theEndOfATestGivesItBack()
+{
+    WindowCase test(1, 300);
+    QVERIFY(test.isReady(1));
+    test.ndi.setScript(framesWithoutEnd());
+    test.press();
+    QTRY_VERIFY(test.ui().L4->text().endsWith(QStringLiteral("fps")));
+    const double beforeMb = ownMemoryMb();
+    const FreeStore store;
+    QVERIFY(ownMemoryMb() > beforeMb + storeMb / 2);
+    QTRY_VERIFY_WITH_TIMEOUT(test.isIdle(), 10000);
+    QTRY_VERIFY(ownMemoryMb() < beforeMb + storeMb / 2);
+}
+
+QTEST_MAIN(TestUnusedMemory)
+#include "tst_unusedmemory.moc"
