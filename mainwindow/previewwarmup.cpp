@@ -11,6 +11,7 @@ namespace {
 
 constexpr int startMs = 400; ///< the window paints itself first
 constexpr int stepMs = 50;   ///< for whatever else waits
+constexpr int mostStarts = 25;
 
 } // namespace
 
@@ -31,15 +32,24 @@ void PreviewWarmUp::start()
     m_timer.start(startMs);
 }
 
+bool PreviewWarmUp::isOnScreen() const
+{
+    const QWindow *const window = m_preview->window()->windowHandle();
+    return window && window->isExposed();
+}
+
 /// Not every platform has windows for OpenGL.
 bool PreviewWarmUp::canDraw() const
 {
-    const QWindow *const window = m_preview->window()->windowHandle();
-    return window && window->isExposed() && window->surfaceType() != QSurface::RasterSurface;
+    return isOnScreen() && m_preview->window()->windowHandle()->surfaceType() != QSurface::RasterSurface;
 }
 
 void PreviewWarmUp::next()
 {
+    if (m_step == Step::preview && !isOnScreen() && ++m_starts < mostStarts) {
+        start();
+        return;
+    }
     if (m_step != Step::end && (m_isBusy() || !canDraw())) {
         end(false);
         return;

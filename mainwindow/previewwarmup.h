@@ -21,7 +21,7 @@ public:
     PreviewWarmUp(VideoGlPreview *preview, std::function<bool()> isBusy, QObject *parent = nullptr);
     ~PreviewWarmUp() override;
 
-    /// Begins somewhat later, when the window is on the screen. Once.
+    /// Begins somewhat later, when the window is on the screen; one that is not there for ten seconds is given up.
     void start();
 
 signals:
@@ -32,12 +32,14 @@ private:
     enum class Step { preview, window, end };
 
     void next();
+    bool isOnScreen() const;
     bool canDraw() const;
     void end(bool wasDone);
 
     VideoGlPreview *m_preview;
     std::function<bool()> m_isBusy;
     Step m_step = Step::preview;
+    int m_starts = 0;
     QTimer m_timer;
     QPointer<QOpenGLWidget> m_unseen; ///< makes Qt draw the window with OpenGL; the window may take it with it
 };

@@ -5,7 +5,10 @@
 
 #include <QTemporaryDir>
 
+#include <algorithm>
+#include <memory>
 #include <thread>
+#include <vector>
 
 namespace {
 
