@@ -62,7 +62,7 @@ void waitFor(int milliseconds)
     beatsFor(milliseconds);
 }
 
-void runTest(NDIWindow &window, const char *name, bool preview, bool raw, int seconds)
+void runTest(const NDIWindow &window, const char *name, bool preview, bool raw, int seconds)
 {
     const Ui::NDIWindow &ui = window.form();
     ui.fpsPlot->rawToggle()->setChecked(raw);

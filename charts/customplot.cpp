@@ -182,7 +182,8 @@ void CustomPlot::appendNewMultiData(int testIndex, int time, double min_value, d
     scheduleRepaint();
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): others connect to this signature
+// cppcheck-suppress passedByValue ; others connect to this signature
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the same
 void CustomPlot::setGraphLabel(int index, QString label)
 {
     if (index < 0 || index >= sourceButtons.size())

@@ -124,6 +124,7 @@ ExceptionHandlerPointer installExceptionHandler(const QString &folder)
     ExceptionHandlerPointer handler(new ExceptionHandler(QDir::toNativeSeparators(folder).toStdWString(), nullptr,
                                                          &onDumpWritten, nullptr, ExceptionHandler::HANDLER_ALL));
     cLibraryBase = reinterpret_cast<DWORD64>(GetModuleHandleW(L"msvcrt.dll"));
+    // cppcheck-suppress danglingLifetime ; it is returned, and whoever lets go of it clears this
     installed = handler.get();
     std::signal(SIGABRT, &onAbort);
     // What is left for the handling of a stack overflow.

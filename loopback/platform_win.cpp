@@ -95,7 +95,7 @@ std::optional<std::string> readFile(const std::string &path, std::string &error)
     std::vector<char> buffer(65536);
     DWORD got = 0;
     bool good = true;
-    while ((good = ReadFile(file, buffer.data(), static_cast<DWORD>(buffer.size()), &got, nullptr) != 0) && got > 0)
+    while ((good = (ReadFile(file, buffer.data(), static_cast<DWORD>(buffer.size()), &got, nullptr) != 0)) && got > 0)
         content.append(buffer.data(), got);
     if (!good)
         error = systemError();

@@ -31,7 +31,7 @@ struct QueueLimits {
 /// oldest of its kind out, which is counted. Not thread-safe: guarded by its receiver.
 class ReceiverQueue final {
 public:
-    explicit ReceiverQueue(QueueLimits limits) : m_limits(limits) {}
+    explicit ReceiverQueue(const QueueLimits &limits) : m_limits(limits) {}
 
     /// Returns the item that was lost for it, if any.
     std::optional<QueueItem> push(QueueItem item);

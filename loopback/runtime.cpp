@@ -232,7 +232,9 @@ Source *Runtime::findSource(const char *name, const char *url) const
         });
         return m_sources[(both != last ? both : first)->second].get();
     }
-    const auto found = hasUrl ? m_byUrl.find(url) : m_byUrl.end();
+    if (!hasUrl)
+        return nullptr;
+    const auto found = m_byUrl.find(url);
     return found == m_byUrl.end() ? nullptr : m_sources[found->second].get();
 }
 

@@ -40,7 +40,7 @@ public:
     Q_ENUM(windowStatus)
 
     explicit NDIWindow(QWidget *parent = nullptr);
-    NDIWindow(NDIWindowParts parts, QWidget *parent = nullptr);
+    explicit NDIWindow(NDIWindowParts parts, QWidget *parent = nullptr);
     /// Ends everything that still runs and waits for it, then leaves the NDI library.
     ~NDIWindow() override;
 

@@ -37,6 +37,7 @@ AnalysisWorker::AnalysisWorker() : AnalysisWorker(installedAnalysisTool(), analy
 
 AnalysisWorker::AnalysisWorker(const QString &tool, const QString &relay) : m_tool(tool), m_relay(relay) {}
 
+// cppcheck-suppress passedByValue ; others connect to this signature
 void AnalysisWorker::createAnalysis(QString ndi_device, int tm) // NOLINT(performance-unnecessary-value-param)
 {
     if (ndi_device.isEmpty())

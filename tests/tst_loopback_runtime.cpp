@@ -65,6 +65,7 @@ NDIlib_recv_instance_t connectTo(const Functions &ndi, const char *name)
 {
     NDIlib_recv_create_v3_t settings;
     settings.source_to_connect_to.p_ndi_name = name;
+    // cppcheck-suppress returnDanglingLifetime ; the runtime keeps nothing of the settings
     return ndi.create(&settings);
 }
 
