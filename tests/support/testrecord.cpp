@@ -3,6 +3,9 @@
 #include <QFile>
 #include <QList>
 
+#include <algorithm>
+#include <vector>
+
 namespace {
 
 constexpr int columnsAfterTheName = 7;
@@ -67,4 +70,13 @@ QVector<TestRecordRow> TestRecord::rowsOf(int receiver) const
             result.append(row);
     }
     return result;
+}
+
+double medianRate(const QVector<TestRecordRow> &rows, int last)
+{
+    std::vector<double> rates;
+    for (const TestRecordRow &row : rows.mid(qMax(0, rows.size() - last)))
+        rates.push_back(row.fps);
+    std::sort(rates.begin(), rates.end());
+    return rates.empty() ? 0.0 : rates.at(rates.size() / 2);
 }

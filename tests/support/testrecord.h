@@ -26,3 +26,7 @@ struct TestRecord {
     /// The rows of one receiver, 1-based, in their order.
     QVector<TestRecordRow> rowsOf(int receiver) const;
 };
+
+/// The middle one of the received rates of the last rows, so many at most: a machine under load may hold the very last
+/// frames up. 0 without rows.
+double medianRate(const QVector<TestRecordRow> &rows, int last);

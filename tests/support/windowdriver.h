@@ -17,7 +17,7 @@ struct OtherWindow {
 /// Those that are shown and have no owner among the process' windows on the screen's level, in no particular order.
 QVector<OtherWindow> windowsOf(qint64 processId);
 
-enum class Key { Return, Escape, Tab, BackTab, Down, Right, Space, CtrlReturn, CtrlA, F5 };
+enum class Key { Return, Escape, Tab, BackTab, Down, Right, Space, CtrlReturn, CtrlA, CtrlO, CtrlS, F5 };
 /// A key and its modifiers, pressed and released. On Linux the window gets the keyboard first.
 void pressKey(const OtherWindow &window, Key key);
 

@@ -74,6 +74,10 @@ KeyStroke strokeOf(windowdriver::Key key)
         return {XK_Return, ControlMask};
     case Key::CtrlA:
         return {XK_a, ControlMask};
+    case Key::CtrlO:
+        return {XK_o, ControlMask};
+    case Key::CtrlS:
+        return {XK_s, ControlMask};
     case Key::F5:
         return {XK_F5, 0};
     }

@@ -31,6 +31,8 @@ WPARAM codeOf(windowdriver::Key key)
     case Key::BackTab:
     case Key::CtrlReturn:
     case Key::CtrlA:
+    case Key::CtrlO:
+    case Key::CtrlS:
         break;
     }
     return 0;
