@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QtTest>
 
+#include <algorithm>
 #include <chrono>
 #include <initializer_list>
 #include <optional>
@@ -36,16 +37,41 @@ public:
                    openMs)
                && m_window;
     }
-    /// Another window of it, such as a message; none within the time: nothing.
+    /// Another window of it, such as a message; of any title when none is given. Nothing when there is none now.
     std::optional<windowdriver::OtherWindow> find(const QString &title)
     {
         const QVector<windowdriver::OtherWindow> all = windowdriver::windowsOf(process().processId());
         for (const windowdriver::OtherWindow &window : all) {
-            if (window.title == title)
+            if (title.isEmpty() || window.title == title)
                 return window;
         }
         return std::nullopt;
     }
+    bool hasOpened(const QString &title)
+    {
+        return QTest::qWaitFor([&] { return find(title) || hasStopped(); }, openMs) && !hasStopped();
+    }
+    /// Waits for such a window and presses a key until it is gone: what is sent before it has the keyboard may be lost.
+    bool answer(Key key, const QString &title = QString())
+    {
+        if (!hasOpened(title))
+            return false;
+        const auto window = find(title);
+        if (!window)
+            return false;
+        return QTest::qWaitFor(
+            [&] {
+                const QVector<windowdriver::OtherWindow> all = windowdriver::windowsOf(process().processId());
+                const bool isThere = std::any_of(all.cbegin(), all.cend(),
+                                                 [&window](const auto &one) { return one.handle == window->handle; });
+                if (isThere)
+                    windowdriver::pressKey(*window, key);
+                return !isThere;
+            },
+            closeMs);
+    }
+    /// The same, and the program ends.
+    bool isLeftBy(Key key, const QString &title = QString()) { return answer(key, title) && stops(); }
     void press(std::initializer_list<Key> keys)
     {
         for (const Key key : keys)
@@ -70,10 +96,17 @@ public:
     }
     bool hasEnded(int times = 1) { return hasSaid("vexa.window: test ended: ", times); }
 
+    /// As the desktop's close button does.
+    void askToClose() { windowdriver::close(*m_window); }
     bool closes()
     {
-        windowdriver::close(*m_window);
-        return QTest::qWaitFor([this] { return process().state() == QProcess::NotRunning; }, closeMs) && endedWith(0);
+        askToClose();
+        return stops() && endedWith(0);
+    }
+    bool hasStopped() { return process().state() == QProcess::NotRunning; }
+    bool stops()
+    {
+        return QTest::qWaitFor([this] { return hasStopped(); }, closeMs);
     }
     /// Paths of the records, in the order of their making.
     QStringList records() const

@@ -117,7 +117,6 @@ private slots:
     void initTestCase();
     void fault_data();
     void fault();
-    void twoThousandSourcesAreListed();
 
 private:
     static std::map<QByteArray, Fault> faults();
@@ -192,7 +191,7 @@ std::map<QByteArray, Fault> TestFaultsSources::faults()
                 const QVector<TestRecordRow> rows = outcome.record.rowsOf(receiver);
                 QCOMPARE(rows.first().defaultFps, 60.0);
                 QCOMPARE(rows.last().defaultFps, 25.0);
-                QVERIFY2(qAbs(rows.last().fps - 25.0) < 1.5, qPrintable(QString::number(rows.last().fps)));
+                QVERIFY2(qAbs(medianRate(rows, 25) - 25.0) < 1.5, qPrintable(QString::number(medianRate(rows, 25))));
             }
         }};
     all["sends frames of unknown kinds"] = {
@@ -220,6 +219,7 @@ std::map<QByteArray, Fault> TestFaultsSources::faults()
     all["lines shorter than the picture"] = declaredSize(",\"stride\":100", 640, 360);
     all["lines longer than the picture"] = declaredSize(",\"stride\":4096", 640, 360);
     all["lines upwards"] = declaredSize(",\"stride\":-1280", 640, 360);
+    all["pixels of an unknown kind"] = declaredSize(",\"fourCC\":\"?!?!\"", 640, 360);
     all["no pixels"] = declaredSize(",\"noData\":true", 640, 360);
     return all;
 }
@@ -269,17 +269,6 @@ void TestFaultsSources::fault()
 {
     QFETCH(QByteArray, name);
     m_faults.at(name).check(m_outcomes.at(name));
-}
-
-void TestFaultsSources::twoThousandSourcesAreListed()
-{
-    ProgramRun run({QStringLiteral("-findsources")});
-    run.setScenario("{\"sources\":[{\"name\":\"WALL (%1)\",\"repeat\":2000}]}");
-    run.start();
-    QVERIFY2(run.waitForFinished(), run.account());
-    const QByteArray said = run.standardError();
-    QVERIFY2(said.contains("NDI Sources : 2000\n[1] WALL (1)\n") && said.contains("\n[2000] WALL (2000)\n"),
-             said.right(200).constData());
 }
 
 QTEST_GUILESS_MAIN(TestFaultsSources)

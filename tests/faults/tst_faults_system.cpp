@@ -1,7 +1,7 @@
 #include "tests/support/processcontrol.h"
 #include "tests/support/programrun.h"
 #include "tests/support/testbase.h"
-#include "tests/support/testrecord.h"
+#include "tests/support/truthcheck.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -9,7 +9,11 @@
 #include <QRegularExpression>
 #include <QtTest>
 
+#include <array>
 #include <csignal>
+#include <fcntl.h>
+#include <memory>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
@@ -72,6 +76,8 @@ private slots:
     void clockThatJumps_data();
     void clockThatJumps();
     void stoppedForTenSeconds();
+    void outputStalledForFiveSeconds();
+    void endedInEveryState();
 };
 
 void TestFaultsSystem::runtimeOfNoUse_data()
@@ -232,7 +238,107 @@ void TestFaultsSystem::stoppedForTenSeconds()
         for (const TestRecordRow &row : rows)
             longest = qMax(longest, row.intervalMs);
         QVERIFY2(longest >= 9500 && longest < 12000, qPrintable(QString::number(longest)));
-        QVERIFY(rows.last().fps > 40); // the rate has recovered
+        QVERIFY(medianRate(rows, 50) > 40); // the rate has recovered
+    }
+}
+
+/// Nobody reads what it prints, which stalls the thread that takes the measurements. The receivers have threads of
+/// their own.
+void TestFaultsSystem::outputStalledForFiveSeconds()
+{
+    constexpr int pipeBytes = 4096;
+    constexpr int dotsBefore = 100;
+    constexpr int stallMs = 5000;
+    constexpr int dotsAfterwards = 700; // those of the stall, and some more
+    std::array<int, 2> ends{-1, -1};
+    QCOMPARE(pipe2(ends.data(), O_CLOEXEC), 0);
+    QVERIFY(fcntl(ends[1], F_SETPIPE_SZ, pipeBytes) > 0);
+    const QByteArray filling(pipeBytes - dotsBefore, 'x');
+    QCOMPARE(int(write(ends[1], filling.constData(), std::size_t(filling.size()))), filling.size());
+    const auto waiting = [&ends] {
+        int bytes = 0;
+        return ioctl(ends[0], FIONREAD, &bytes) == 0 ? bytes : -1;
+    };
+    TestUnderWay run;
+    run.process().setStandardOutputFile(QStringLiteral("/proc/self/fd/%1").arg(ends[1]), QIODevice::Append);
+    run.start();
+    QTRY_COMPARE_WITH_TIMEOUT(waiting(), pipeBytes, 30000);
+    QTest::qWait(stallMs);
+    QCOMPARE(waiting(), pipeBytes); // it was stalled indeed
+    QByteArray printed;
+    const auto readsOn = [&] {
+        QByteArray some(waiting(), '\0');
+        some.resize(int(qMax(ssize_t(0), read(ends[0], some.data(), std::size_t(some.size())))));
+        printed += some;
+        return printed.count('.') >= dotsBefore + dotsAfterwards;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(readsOn(), 30000);
+    QVERIFY2(run.end(), run.account());
+    readsOn();
+    for (const int end : ends)
+        close(end);
+    const TestRecord record = TestRecord::read(run.recordPath());
+    QCOMPARE(record.problem, QString());
+    QCOMPARE(printed.count('.'), record.rows.size());
+    for (const TestRecordRow &row : record.rows)
+        QVERIFY2(row.intervalMs < 1000, qPrintable(QString::number(row.intervalMs))); // they do not show the stall
+    const auto events = loopback::readTruth(run.truthPath().toStdString());
+    QCOMPARE(int(loopback::countTruth(events, "drop")), 0);
+    QVector<int> pairing;
+    QCOMPARE(pairWithTruth(record, truthOfReceivers(events), 150, &pairing), QString());
+}
+
+/// By each of the ways to ask for it; what was measured is in a record.
+void TestFaultsSystem::endedInEveryState()
+{
+    using Interrupt = ProgramRun::Interrupt;
+    struct Case {
+        QByteArray state;
+        Interrupt by;
+        std::unique_ptr<ProgramRun> run = std::make_unique<ProgramRun>(oneTest);
+    };
+    std::vector<Case> cases;
+    for (const char *state : {"searching", "testing in silence", "testing"}) {
+        for (const Interrupt by : {Interrupt::Interrupt, Interrupt::Terminate, Interrupt::HangUp}) {
+            cases.push_back({state, by});
+            ProgramRun &run = *cases.back().run;
+            run.setScenario(cases.back().state == "testing in silence"
+                                ? QByteArray(stage).replace("\"rateD\":1", "\"rateD\":1,\"startMs\":3600000")
+                                : stage);
+            run.start();
+        }
+    }
+    for (Case &one : cases) {
+        if (one.state == "searching") {
+            QVERIFY2(one.run->waitForError("Checking NDI sources..."), one.run->account());
+            one.run->interrupt(one.by);
+        }
+    }
+    for (Case &one : cases) {
+        if (one.state == "testing in silence")
+            QVERIFY2(one.run->waitForError("Start Testing..."), one.run->account());
+        else if (one.state == "testing")
+            QVERIFY2(one.run->waitForDots(100), one.run->account());
+    }
+    QTest::qWait(500); // an interrupt is the end of a test from a moment after its start
+    for (Case &one : cases) {
+        if (one.state != "searching") {
+            QVERIFY2(one.run->process().state() == QProcess::Running, one.run->account());
+            one.run->interrupt(one.by);
+        }
+    }
+    for (Case &one : cases) {
+        QVERIFY2(one.run->waitForFinished(10000) && one.run->endedWith(1), one.run->account());
+        QCOMPARE(one.run->recordPath().isEmpty(), one.state == "searching");
+        if (one.state == "testing in silence") {
+            QVERIFY(QFileInfo(one.run->recordPath()).size() < 200); // the header
+        } else if (one.state == "testing") {
+            const TestRecord record = TestRecord::read(one.run->recordPath());
+            QCOMPARE(record.problem, QString());
+            QVERIFY(record.rows.size() >= 100);
+        }
+        const QDir journals(one.run->home() + QStringLiteral("/journal"));
+        QVERIFY2(journals.entryList(QDir::Files).isEmpty(), one.state);
     }
 }
 
