@@ -41,7 +41,7 @@ void TestFaultsWindowChurn::aListThatNeverSettles()
     while (clock.elapsed() < churnMs) {
         window.press({DrivenWindow::Key::F5});
         QTest::qWait(50);
-        if (clock.elapsed() < (tests + 1) * betweenTestsMs)
+        if (clock.elapsed() < qint64(tests + 1) * betweenTestsMs)
             continue;
         ++tests;
         window.startOrStop();
