@@ -116,6 +116,7 @@ bool JournalFile::append(const QByteArray &bytes)
             continue;
         if (count <= 0) {
             static_cast<void>(ftruncate(descriptorOf(m_handle), m_writtenBytes));
+            lseek(descriptorOf(m_handle), m_writtenBytes, SEEK_SET);
             return false;
         }
         done += count;
