@@ -32,7 +32,7 @@ public:
     qint64 sizeBytes() const;
     /// Seconds since it was written last; -1: not known.
     qint64 ageS() const;
-    /// Null when it cannot be read or has more than mostBytes.
+    /// Null when it cannot be read or has more than mostBytes (2 GiB - 1 at most); empty when it has none.
     QByteArray readAll(qint64 mostBytes) const;
     /// Removes and closes it. False when it is still there.
     bool remove();

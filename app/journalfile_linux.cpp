@@ -140,11 +140,24 @@ qint64 JournalFile::ageS() const
 
 QByteArray JournalFile::readAll(qint64 mostBytes) const
 {
-    QFile file;
-    if (sizeBytes() > mostBytes || !file.open(descriptorOf(m_handle), QIODevice::ReadOnly | QIODevice::Unbuffered))
+    const qint64 size = sizeBytes();
+    if (size < 0 || size > mostBytes)
         return {};
-    const QByteArray bytes = file.read(mostBytes);
-    return bytes.isNull() ? QByteArray("") : bytes;
+    QByteArray bytes(int(size), '\0');
+    int done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count =
+            pread(descriptorOf(m_handle), bytes.data() + done, std::size_t(bytes.size() - done), done);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return {};
+        if (count == 0)
+            break;
+        done += int(count);
+    }
+    bytes.resize(done);
+    return bytes;
 }
 
 bool JournalFile::remove()

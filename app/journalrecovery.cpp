@@ -106,8 +106,11 @@ QVector<RecoveredJournal> recoverJournalsIn(const QString &folder)
     const QStringList names = QDir(folder).entryList({QStringLiteral("*.journal")},
                                                      QDir::Files | QDir::NoSymLinks | QDir::Hidden, QDir::Name);
     for (const QString &name : names) {
-        if (const std::optional<RecoveredJournal> journal = recoverJournal(folder, name))
-            all.append(*journal);
+        try {
+            if (const std::optional<RecoveredJournal> journal = recoverJournal(folder, name))
+                all.append(*journal);
+        } catch (const std::exception &) { // no memory for a large one: the next start tries again
+        }
     }
     return all;
 }
@@ -115,12 +118,9 @@ QVector<RecoveredJournal> recoverJournalsIn(const QString &folder)
 QStringList recoverJournals()
 {
     QStringList lines;
-    try {
-        const QVector<RecoveredJournal> all = recoverJournalsIn(journalFolder());
-        for (const RecoveredJournal &journal : all)
-            lines.append(lineFor(journal));
-    } catch (const std::exception &) { // no memory for a large one: the next start tries again
-    }
+    const QVector<RecoveredJournal> all = recoverJournalsIn(journalFolder());
+    for (const RecoveredJournal &journal : all)
+        lines.append(lineFor(journal));
     return lines;
 }
 
