@@ -138,6 +138,7 @@ void Journal::writeRows()
         if (m_file.sizeBytes() > mostFileBytes || !m_file.append(m_block)) {
             qCDebug(journalLog) << "the journal ends at" << m_rowCount << "rows:" << m_file.path();
             m_isBroken = true;
+            m_isCutOff = true;
             close();
             return;
         }

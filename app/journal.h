@@ -41,8 +41,10 @@ public:
     /// rows, to the next start of the program. Later calls do nothing.
     void end(End end);
 
-    /// Whether rows are missing in the file: it could not be written, or not fast enough. Any thread.
+    /// Whether rows are missing in the file: there is none, it could not be written, or not fast enough. Any thread.
     bool isIncomplete() const noexcept;
+    /// Whether there is a file that ended before the test because nothing could be added to it. Any thread.
+    bool isCutOff() const noexcept { return m_isCutOff; }
 
 private:
     void run();
@@ -55,6 +57,7 @@ private:
     const QDateTime m_startTime;
     const std::shared_ptr<JournalQueue> m_queue;
     std::atomic<bool> m_isBroken{false};
+    std::atomic<bool> m_isCutOff{false};
 
     // The thread's own.
     JournalFile m_file;
