@@ -3,6 +3,8 @@
 #include "app/journal.h"
 #include "app/recordfile.h"
 
+#include <QFile>
+
 #include <utility>
 
 TestRecorder::TestRecorder() = default;
@@ -48,6 +50,7 @@ bool TestRecorder::write()
     if (!isWritten && isCutOff && !recordPath().isEmpty()) {
         // The file is there, so space is short; a journal that is cut off is worth less than the record.
         journal->end(Journal::End::Remove);
+        QFile::remove(recordPath()); // the next second gives the next try another name
         isWritten = writeRecord(rows);
     }
     if (journal)
