@@ -1,5 +1,6 @@
 // Where the journal meets the system: links, foreign folders, full disks.
 #include "app/journal.h"
+#include "app/journalqueue.h"
 #include "app/journalrecovery.h"
 #include "app/recordfile.h"
 #include "app/testrecorder.h"
@@ -12,6 +13,7 @@
 #include <QtTest>
 
 #include <csignal>
+#include <ctime>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -39,9 +41,61 @@ private:
     rlimit m_before = {};
 };
 
+/// Lifts the limit above at the first write that meets it, in another second of the clock than that write.
+extern "C" void onFileTooLarge(int)
+{
+    const std::time_t now = std::time(nullptr);
+    const timespec pause{0, 10000000};
+    while (std::time(nullptr) == now)
+        nanosleep(&pause, nullptr);
+    rlimit limit = {};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+/// The process gets no more memory than it has and this, while the object lives.
+class MemoryLimit final {
+public:
+    explicit MemoryLimit(rlim_t moreBytes)
+    {
+        QFile file(QStringLiteral("/proc/self/statm"));
+        if (!file.open(QIODevice::ReadOnly))
+            return;
+        const rlim_t pages = file.readAll().split(' ').constFirst().toULong();
+        getrlimit(RLIMIT_AS, &m_before);
+        const rlimit limit{pages * rlim_t(sysconf(_SC_PAGESIZE)) + moreBytes, m_before.rlim_max};
+        m_isSet = setrlimit(RLIMIT_AS, &limit) == 0;
+    }
+    ~MemoryLimit()
+    {
+        if (m_isSet)
+            setrlimit(RLIMIT_AS, &m_before);
+    }
+    MemoryLimit(const MemoryLimit &) = delete;
+    MemoryLimit &operator=(const MemoryLimit &) = delete;
+    bool isSet() const { return m_isSet; }
+
+private:
+    rlimit m_before = {};
+    bool m_isSet = false;
+};
+
 QStringList filesIn(const QString &folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
+}
+
+/// As a process that is gone has left it, of one row. Its test began that many seconds into a certain minute.
+void leaveJournal(const QString &path, int second)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    JournalEncoder encoder;
+    QByteArray block;
+    file.write(encoder.start({{999999999, 1}, QDateTime({2031, 2, 3}, {4, 5, second}), {QStringLiteral("CAM")}}));
+    encoder.rows({someRow}, 0, &block);
+    file.write(block);
 }
 
 /// Whether a journal writes nothing into this folder and says that it is incomplete.
@@ -65,6 +119,11 @@ private slots:
     void aFolderOfSomebodyElseIsNotUsed();
     void aFullDiskSwitchesItOff();
     void aFullDiskAtTheRecordToo();
+    void lostRowsAreNoReasonToThrowAJournalAway();
+    void theRecordGetsTheRoomOfACutOffJournal();
+    void aFailedWriteLeavesNoHole();
+    void aSmallJournalNeedsLittleMemory();
+    void whatCannotBeReadDoesNotStopTheOthers();
     void linksAndPipesAreNotRecovered();
     void aFolderThatCannotBeChangedIsToldOnce();
 
@@ -165,18 +224,112 @@ void TestJournalLinux::aFullDiskAtTheRecordToo()
     QCOMPARE(JournalReader(file.readAll()).rowCount(), qint64(100));
 }
 
+void TestJournalLinux::lostRowsAreNoReasonToThrowAJournalAway()
+{
+    const QTemporaryDir folder;
+    const QString journal = folder.filePath(QStringLiteral("journal"));
+    qputenv("VEXA_JOURNAL_FOLDER", journal.toUtf8());
+    TestRecorder recorder;
+    recorder.begin({QStringLiteral("CAM")});
+    const auto queue = std::static_pointer_cast<JournalQueue>(recorder.sink());
+    qint64 added = 0;
+    for (; queue->lostRows() == 0; ++added)
+        queue->add(someRow);
+    for (int i = 0; i < 100; ++i)
+        recorder.add(someRow);
+    const qint64 kept = added - 1;
+    QTRY_VERIFY(filesIn(journal).size() == 1
+                && QFileInfo(journal + QLatin1Char('/') + filesIn(journal).first()).size() > kept * journalRowBytes);
+    {
+        const FileSizeLimit limit(1000);
+        QVERIFY(!recorder.write());
+    }
+    QCOMPARE(filesIn(journal).size(), 1);
+    QFile file(journal + QLatin1Char('/') + filesIn(journal).first());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(JournalReader(file.readAll()).rowCount(), kept);
+}
+
+void TestJournalLinux::theRecordGetsTheRoomOfACutOffJournal()
+{
+    const QTemporaryDir folder;
+    const QString journal = folder.filePath(QStringLiteral("journal"));
+    qputenv("VEXA_JOURNAL_FOLDER", journal.toUtf8());
+    for (const QString &record : filesIn(recordFolder()))
+        QVERIFY(QFile::remove(recordFolder() + QLatin1Char('/') + record));
+    TestRecorder recorder;
+    {
+        const FileSizeLimit limit(1000);
+        recorder.begin({QStringLiteral("CAM")});
+        for (int i = 0; i < 100; ++i) {
+            recorder.sink()->add(someRow);
+            recorder.add(someRow);
+        }
+        QTRY_COMPARE(filesIn(journal).size(), 1);
+        QTest::qWait(500); // two writes, of which the first fails
+        std::signal(SIGXFSZ, onFileTooLarge);
+        QVERIFY(recorder.write());
+        std::signal(SIGXFSZ, SIG_IGN);
+    }
+    QCOMPARE(filesIn(journal), QStringList());
+    // Nothing is left of the first try, which has had another name.
+    QCOMPARE(filesIn(recordFolder()), QStringList(QFileInfo(recordPath()).fileName()));
+    QFile record(recordPath());
+    QVERIFY(record.open(QIODevice::ReadOnly));
+    QCOMPARE(record.readAll().count('\n'), 101);
+}
+
+void TestJournalLinux::aFailedWriteLeavesNoHole()
+{
+    const QTemporaryDir folder;
+    JournalFile file;
+    QVERIFY(file.create(folder.filePath(QStringLiteral("journal")), QStringLiteral("1.journal")));
+    QVERIFY(file.append(QByteArray(500, 'a')));
+    {
+        const FileSizeLimit limit(1000);
+        QVERIFY(!file.append(QByteArray(1000, 'b')));
+        QCOMPARE(file.sizeBytes(), qint64(500));
+    }
+    QVERIFY(file.append(QByteArray(300, 'c')));
+    QFile written(file.path());
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    QCOMPARE(written.readAll(), QByteArray(500, 'a') + QByteArray(300, 'c'));
+}
+
+void TestJournalLinux::aSmallJournalNeedsLittleMemory()
+{
+    const QTemporaryDir folder;
+    leaveJournal(folder.filePath(QStringLiteral("1.journal")), 10);
+    const MemoryLimit limit(rlim_t(256) << 20);
+    QVERIFY(limit.isSet());
+    QCOMPARE(recoverJournalsIn(folder.path()).size(), 1);
+}
+
+void TestJournalLinux::whatCannotBeReadDoesNotStopTheOthers()
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    QSKIP("a sanitizer ends the process when there is no memory");
+#endif
+    const QTemporaryDir folder;
+    qputenv("VEXA_JOURNAL_FOLDER", folder.path().toUtf8());
+    leaveJournal(folder.filePath(QStringLiteral("1.journal")), 20);
+    leaveJournal(folder.filePath(QStringLiteral("2.journal")), 21);
+    QVERIFY(QFile::resize(folder.filePath(QStringLiteral("2.journal")), qint64(900) << 20)); // has no bytes of its own
+    leaveJournal(folder.filePath(QStringLiteral("3.journal")), 22);
+    const MemoryLimit limit(rlim_t(256) << 20);
+    QVERIFY(limit.isSet());
+    const QStringList lines = recoverJournals();
+    QCOMPARE(lines.size(), 2);
+    QVERIFY2(lines.first().contains(QLatin1String("vexa_2031_02_03_040520.csv")), qPrintable(lines.first()));
+    QVERIFY2(lines.last().contains(QLatin1String("vexa_2031_02_03_040522.csv")), qPrintable(lines.last()));
+    QCOMPARE(filesIn(folder.path()), QStringList(QStringLiteral("2.journal"))); // for the next start
+}
+
 void TestJournalLinux::linksAndPipesAreNotRecovered()
 {
     const QTemporaryDir folder;
     const QString target = folder.filePath(QStringLiteral("target"));
-    QFile file(target);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    JournalEncoder encoder;
-    QByteArray block;
-    file.write(encoder.start({{999999999, 1}, QDateTime::currentDateTime(), {QStringLiteral("CAM")}}));
-    encoder.rows({someRow}, 0, &block);
-    file.write(block);
-    file.close();
+    leaveJournal(target, 30);
     const QString journals = folder.filePath(QStringLiteral("journal"));
     QVERIFY(QDir().mkpath(journals));
     QVERIFY(QFile::link(target, journals + QLatin1String("/1.journal")));
@@ -196,14 +349,7 @@ void TestJournalLinux::aFolderThatCannotBeChangedIsToldOnce()
     if (geteuid() == 0)
         QSKIP("root can change any folder");
     const QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("1.journal")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    JournalEncoder encoder;
-    QByteArray block;
-    file.write(encoder.start({{999999999, 1}, QDateTime::currentDateTime(), {QStringLiteral("CAM")}}));
-    encoder.rows({someRow}, 0, &block);
-    file.write(block);
-    file.close();
+    leaveJournal(folder.filePath(QStringLiteral("1.journal")), 31);
     chmod(QFile::encodeName(folder.path()).constData(), 0500);
     QCOMPARE(recoverJournalsIn(folder.path()).size(), 1);
     QCOMPARE(recoverJournalsIn(folder.path()).size(), 0);
