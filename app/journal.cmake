@@ -1,5 +1,6 @@
 # Below both lives: what keeps a test's measurements over the end of the process, and the test itself.
 add_library(vexa_journal STATIC
+  backgroundrecovery.cpp backgroundrecovery.h
   journal.cpp journal.h
   journalfile.h
   journalformat.cpp journalformat.h

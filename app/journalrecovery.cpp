@@ -6,11 +6,8 @@
 #include "app/recordfile.h"
 
 #include <QDir>
-#include <QThread>
 
 #include <exception>
-#include <memory>
-#include <mutex>
 #include <optional>
 
 namespace {
@@ -122,30 +119,4 @@ QStringList recoverJournals()
     for (const RecoveredJournal &journal : all)
         lines.append(lineFor(journal));
     return lines;
-}
-
-void recoverJournalsInBackground(QObject *context, const std::function<void(const QStringList &)> &tell)
-{
-    struct Recovered {
-        std::mutex mutex;
-        QStringList lines; ///< guarded by mutex
-    };
-    const auto recovered = std::make_shared<Recovered>();
-    QThread *const thread = QThread::create([recovered] {
-        const QStringList lines = recoverJournals();
-        const std::lock_guard<std::mutex> locker(recovered->mutex);
-        recovered->lines = lines;
-    });
-    thread->setObjectName(QStringLiteral("journal recovery"));
-    QObject::connect(thread, &QThread::finished, context, [recovered, tell] {
-        QStringList lines;
-        {
-            const std::lock_guard<std::mutex> locker(recovered->mutex);
-            lines = recovered->lines;
-        }
-        if (!lines.isEmpty())
-            tell(lines);
-    });
-    QObject::connect(thread, &QThread::finished, thread, &QObject::deleteLater);
-    thread->start();
 }

@@ -4,10 +4,6 @@
 #include <QStringList>
 #include <QVector>
 
-#include <functional>
-
-class QObject;
-
 /// What became of one journal that a process has left.
 struct RecoveredJournal {
     QString journalPath;
@@ -26,7 +22,3 @@ QVector<RecoveredJournal> recoverJournalsIn(const QString &folder);
 /// The same for journalFolder(), as one line of text for each, for the user. Usually empty and done in less
 /// than a millisecond; a test of five minutes with eight receivers takes about half a second. Any thread.
 QStringList recoverJournals();
-
-/// recoverJournals() on a thread of its own; tell is called on context's thread, once, unless there is
-/// nothing to tell or context is gone by then.
-void recoverJournalsInBackground(QObject *context, const std::function<void(const QStringList &)> &tell);

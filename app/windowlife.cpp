@@ -1,8 +1,8 @@
 #include "app/windowlife.h"
 
+#include "app/backgroundrecovery.h"
 #include "app/firstpaint.h"
 #include "app/interrupts.h"
-#include "app/journalrecovery.h"
 #include "app/openglcheck.h"
 #include "app/runtimecheck.h"
 #include "app/startupbox.h"
@@ -122,8 +122,16 @@ int runWindow()
     frame->maximizeOrCenter();
     splash.finish(frame);
     window->warmUpPreview();
-    recoverJournalsInBackground(frame, [&frame](const QStringList &lines) { showRecoveredRecords(lines, frame); });
-    const int status = isOver ? 0 : QApplication::exec();
+    int status = 0;
+    {
+        // Ends before all that it uses; a window that is closed meanwhile leaves nobody to be told.
+        const BackgroundRecovery recovery([&frame](const QStringList &lines) {
+            if (frame)
+                showRecoveredRecords(lines, frame);
+        });
+        if (!isOver)
+            status = QApplication::exec();
+    }
     delete frame.data();
     return status;
 }

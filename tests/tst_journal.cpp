@@ -1,3 +1,4 @@
+#include "app/backgroundrecovery.h"
 #include "app/journal.h"
 #include "app/journalrecovery.h"
 #include "app/recordfile.h"
@@ -93,6 +94,7 @@ private slots:
     void aStartThatNobodyGoesOnWithGoesAway();
     void linesTellTheUser();
     void recoveryInTheBackground();
+    void recoveryIsWaitedFor();
 
 private:
     void startAfresh();
@@ -472,12 +474,28 @@ void TestJournal::recoveryInTheBackground()
     made(recordFolder() + QLatin1String("/vexa_2031_02_03_042706.csv"));
     QStringList told;
     QThread *teller = nullptr;
-    recoverJournalsInBackground(this, [&told, &teller](const QStringList &lines) {
+    const BackgroundRecovery recovery([&told, &teller](const QStringList &lines) {
         told += lines;
         teller = QThread::currentThread();
     });
     QTRY_COMPARE(told.size(), 1);
     QCOMPARE(teller, thread());
+}
+
+void TestJournal::recoveryIsWaitedFor()
+{
+    startAfresh();
+    for (int i = 0; i < 10; ++i) {
+        leave(QStringLiteral("%1.journal").arg(i), journalBytes(nobody, startOf(30 + i), 3));
+        made(recordFolder() + QLatin1Char('/') + recordName(startOf(30 + i)) + QLatin1String(".csv"));
+    }
+    int told = 0;
+    {
+        const BackgroundRecovery recovery([&told](const QStringList &) { ++told; });
+    }
+    QCOMPARE(filesLeft(), QStringList());
+    QCoreApplication::processEvents(); // what the thread sent at its end has nobody to go to
+    QCOMPARE(told, 0);
 }
 
 QTEST_GUILESS_MAIN(TestJournal)
