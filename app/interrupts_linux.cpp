@@ -34,10 +34,10 @@ extern "C" void onInterrupt(int)
     if (!firstInterruptMs.compare_exchange_strong(firstMs, nowMs)) {
         if (nowMs - firstMs >= Interrupts::repeatMs)
             _exit(statusOfInterrupted);
-        return;
+    } else {
+        const char byte = 0;
+        static_cast<void>(!write(wakeDescriptor, &byte, 1));
     }
-    const char byte = 0;
-    static_cast<void>(!write(wakeDescriptor, &byte, 1));
     errno = savedErrno;
 }
 
