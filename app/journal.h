@@ -41,7 +41,8 @@ public:
     /// rows, to the next start of the program. Later calls do nothing.
     void end(End end);
 
-    /// Whether rows are missing in the file: there is none, it could not be written, or not fast enough. Any thread.
+    /// Whether rows may be missing in the file: journals are off, it could not be made or written, or not fast
+    /// enough. Any thread.
     bool isIncomplete() const noexcept;
     /// Whether there is a file that ended before the test because nothing could be added to it. Any thread.
     bool isCutOff() const noexcept { return m_isCutOff; }

@@ -46,7 +46,7 @@ public:
         paint();
     }
 
-    /// One sample for each series. Starts again when the five minutes are over.
+    /// One sample for each series; nothing when the five minutes are over, see isFull().
     void appendNext()
     {
         if (m_next < m_data.pointsPerSeries)

@@ -20,7 +20,7 @@ public:
     virtual ~Feed() = default;
     Feed(const Feed &) = delete;
     Feed &operator=(const Feed &) = delete;
-    /// The next item; nullopt when nothing will ever come again.
+    /// The next item; nullopt when there is none or no memory for it just now: asking again does no harm.
     virtual std::optional<QueueItem> next() = 0;
 };
 
