@@ -3,7 +3,7 @@
 #include "ndi/nditypes.h"
 
 /// The runtime's functions as they stand in the library: C calling convention, null where absent.
-/// The first eleven are required, the last two optional.
+/// The last is optional, the others are required.
 struct NdiFunctions {
     bool (*initialize)() = nullptr;
     void (*destroy)() = nullptr;
@@ -17,7 +17,6 @@ struct NdiFunctions {
     void (*recvFreeVideo)(NDIlib_recv_instance_t, const NDIlib_video_frame_v2_t *) = nullptr;
     void (*recvFreeAudio)(NDIlib_recv_instance_t, const NDIlib_audio_frame_v2_t *) = nullptr;
     void (*recvDestroy)(NDIlib_recv_instance_t) = nullptr;
-    const char *(*version)() = nullptr;
     void (*recvGetPerformance)(NDIlib_recv_instance_t, NDIlib_recv_performance_t *,
                                NDIlib_recv_performance_t *) = nullptr;
 };

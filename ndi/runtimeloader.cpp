@@ -30,7 +30,6 @@ QStringList resolveAll(const SharedLibraryHandle &library, NdiFunctions *functio
     resolve(library, "NDIlib_recv_free_video_v2", &functions->recvFreeVideo, &missing);
     resolve(library, "NDIlib_recv_free_audio_v2", &functions->recvFreeAudio, &missing);
     resolve(library, "NDIlib_recv_destroy", &functions->recvDestroy, &missing);
-    resolve(library, "NDIlib_version", &functions->version, nullptr);
     resolve(library, "NDIlib_recv_get_performance", &functions->recvGetPerformance, nullptr);
     return missing;
 }
