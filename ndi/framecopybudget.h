@@ -10,6 +10,7 @@ public:
 
     void setWanted(bool wanted) noexcept { m_wanted.store(wanted, std::memory_order_relaxed); }
     bool isWanted() const noexcept { return m_wanted.load(std::memory_order_relaxed); }
+    /// Copies under way; for tests.
     int inFlight() const noexcept { return m_inFlight.load(std::memory_order_relaxed); }
 
     /// True: one copy may be published, and release() must follow when it has been handed on.

@@ -124,10 +124,3 @@ QStringList ndiRuntimeFaults()
         return {};
     return runtime().faults;
 }
-
-QString ndiRuntimePath()
-{
-    if (overriding.load(std::memory_order_acquire))
-        return {};
-    return runtime().path;
-}

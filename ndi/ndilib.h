@@ -28,7 +28,8 @@ void NDIlib_recv_free_video_v2(NDIlib_recv_instance_t receiver, const NDIlib_vid
 void NDIlib_recv_free_audio_v2(NDIlib_recv_instance_t receiver, const NDIlib_audio_frame_v2_t *audio);
 void NDIlib_recv_destroy(NDIlib_recv_instance_t receiver);
 
-/// Frames received and lost inside the runtime; false when the runtime cannot tell.
+/// Frames received and lost inside the runtime; false when the runtime cannot tell. Complete like the rest of the
+/// interface: the program does not ask yet.
 bool NDIlib_recv_get_performance(NDIlib_recv_instance_t receiver, NDIlib_recv_performance_t *total,
                                  NDIlib_recv_performance_t *dropped);
 
@@ -39,6 +40,3 @@ QString ndiRuntimeProblem();
 /// The libraries that were found but are of no use, each with its reason, one line each. Empty when a library is in
 /// use and when none was found at all.
 QStringList ndiRuntimeFaults();
-
-/// Path or name of the library in use, empty when there is none; any thread.
-QString ndiRuntimePath();
