@@ -1,4 +1,4 @@
-#include "loopback/testbench.h"
+#include "tests/support/testbench.h"
 
 #include <QTest>
 

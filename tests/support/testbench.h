@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-/// What the tests of the loopback itself share. No part of the library.
+/// What the tests of the loopback itself share.
 namespace loopback {
 
 constexpr std::uint32_t kLongMs = 10000; ///< a wait that is meant to be ended by what it waits for
