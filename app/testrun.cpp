@@ -59,7 +59,7 @@ void TestRun::addRow(double fps, int timeMs, double defaultFps, int width, int h
     m_recorder.add({fps, defaultFps, timeMs, width, height, intervalMs, sourceIndex, graph});
 }
 
-bool TestRun::writeRows()
+bool TestRun::writeRecordIfAny()
 {
     if (hasRows())
         return writeRecord();

@@ -41,7 +41,7 @@ public:
     void clearRows() { m_recorder.clear(); }
     /// Ends the test's record: writes it, if there is something to write, and forgets the rows in any case.
     /// False when there was something and it could not be written.
-    bool writeRows();
+    bool writeRecordIfAny();
     /// The same, but a test without rows leaves a record too.
     bool writeRecord();
 

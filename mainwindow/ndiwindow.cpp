@@ -289,7 +289,7 @@ void NDIWindow::stopByUser()
     progressTimer.stop();
     previewThread.stop();
     m_controls->allowBenchmark();
-    m_test->writeRows();
+    m_test->writeRecordIfAny();
 }
 
 void NDIWindow::beginRun()
@@ -453,7 +453,7 @@ void NDIWindow::gotVideoSize(QTime time, double min_value, double max_value, dou
 
 void NDIWindow::stopTest()
 {
-    m_test->writeRows();
+    m_test->writeRecordIfAny();
     testTimer.stop();
     m_test->stopReceivers();
     previewThread.stop();
