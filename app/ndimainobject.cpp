@@ -4,6 +4,7 @@
 #include "app/sourcediscovery.h"
 #include "app/testrun.h"
 #include "ndi/ndilib.h"
+#include "ndi/sourcelist.h"
 
 #include <QTimer>
 
@@ -13,10 +14,6 @@ constexpr int shortestTestMinutes = 1;
 constexpr int longestTestMinutes = 5;
 constexpr int fewestReceivers = 1;
 constexpr int mostReceivers = 8;
-
-// A count that the finder of the window reports instead of a number of sources.
-constexpr int finderFailed = 10000;
-constexpr int noSourceAppeared = 10001;
 
 } // namespace
 
@@ -103,7 +100,7 @@ bool NDIMainObject::findSources(bool print)
     runDiscovery(&finderMade, &endedQuiet);
     if (!finderMade) {
         if (print) {
-            printSources(nullptr, finderFailed);
+            printSources(nullptr, noFinderCount);
             printRuntimeProblem();
         }
         return false;
@@ -118,11 +115,11 @@ bool NDIMainObject::findSources(bool print)
 
 void NDIMainObject::printSources(const NDIlib_source_t *list, int length)
 {
-    if (length == finderFailed) {
+    if (length == noFinderCount) {
         print(QStringLiteral("Can not init NDI instance"));
         return;
     }
-    if (length == 0 || length == noSourceAppeared) {
+    if (length == 0 || length == noSourceCount) {
         print(QStringLiteral("Can not find NDI sources"));
         return;
     }

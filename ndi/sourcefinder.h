@@ -14,8 +14,8 @@ class SourceFinder final : public QObject {
 
 public:
     /// Result codes in the place of a count.
-    static constexpr int finderFailed = 10000;
-    static constexpr int noSourceAppeared = 10001;
+    static constexpr int finderFailed = noFinderCount;
+    static constexpr int noSourceAppeared = noSourceCount;
 
     SourceFinder();
     ~SourceFinder() override;

@@ -4,6 +4,11 @@
 
 #include <QVector>
 
+/// In the place of a number of sources: no finder could be made.
+constexpr int noFinderCount = 10000;
+/// In the place of a number of sources: none appeared while the finder waited.
+constexpr int noSourceCount = 10001;
+
 /// A list of sources in memory of its own, in the shape of the runtime's array. The runtime's dies
 /// with the next call on its finder, so whatever is to be kept is taken into one of these at once.
 class SourceList final {
