@@ -8,15 +8,6 @@
 
 #include <QTimer>
 
-namespace {
-
-constexpr int shortestTestMinutes = 1;
-constexpr int longestTestMinutes = 5;
-constexpr int fewestReceivers = 1;
-constexpr int mostReceivers = 8;
-
-} // namespace
-
 NDIMainObject::NDIMainObject(QObject *parent)
     : QObject(parent), testTimer(std::make_unique<QTimer>()), m_test(std::make_unique<TestRun>())
 {
@@ -130,11 +121,11 @@ void NDIMainObject::printSources(const NDIlib_source_t *list, int length)
 
 bool NDIMainObject::startTest(const QString &name, int time, int receivers)
 {
-    if (time < shortestTestMinutes || time > longestTestMinutes) {
+    if (time < TestRun::shortestMinutes || time > TestRun::longestMinutes) {
         print(QStringLiteral("Invalidated time parameter."));
         return false;
     }
-    if (receivers < fewestReceivers || receivers > mostReceivers) {
+    if (receivers < TestRun::fewestReceivers || receivers > TestRun::mostReceivers) {
         print(QStringLiteral("Invalidated receivers parameter."));
         return false;
     }

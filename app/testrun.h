@@ -19,6 +19,12 @@ class TestRun final : public QObject {
     Q_DISABLE_COPY_MOVE(TestRun)
 
 public:
+    // What a user may choose.
+    static constexpr int shortestMinutes = 1;
+    static constexpr int longestMinutes = 5;
+    static constexpr int fewestReceivers = 1; ///< of one source
+    static constexpr int mostReceivers = 8;
+
     explicit TestRun(QObject *parent = nullptr);
     /// Waits until running receivers have ended, about a second at most. On the object's thread, unless there
     /// are none.
@@ -26,7 +32,7 @@ public:
 
     /// A new test: no rows. names: of all sources, by source index. Its journal begins.
     void begin(const QStringList &names);
-    /// Starts receivers (1 to 8) on a source; they report as graph, graph + 1, ...
+    /// Starts receivers (fewestReceivers to mostReceivers) on a source; they report as graph, graph + 1, ...
     void startSource(const NdiSource &source, int sourceIndex, int receivers, int graph);
     /// Asks all receivers to stop and does not wait; each ends within a second.
     void stopReceivers();
