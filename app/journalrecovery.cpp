@@ -61,8 +61,7 @@ std::optional<RecoveredJournal> recoverJournal(const QString &folder, const QStr
         Measurement row;
         if (!reader.nextRow(&row))
             return false;
-        *text = recordRow(start.names.value(row.sourceIndex), row.width, row.height, row.defaultFps, row.timeMs,
-                          row.graph, row.fps, row.intervalMs);
+        *text = recordRow(start.names.value(row.sourceIndex), row);
         return true;
     };
     bool wasThere = false;

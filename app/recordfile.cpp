@@ -1,6 +1,7 @@
 #include "app/recordfile.h"
 
 #include "app/syncfile.h"
+#include "ndi/measurementsink.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -85,6 +86,12 @@ QString recordRow(const QString &sourceName, int width, int height, double defau
     return sourceName % comma % QString::number(width) % comma % QString::number(height) % comma % rateText(defaultFps)
            % comma % QString::number(timeMs) % comma % QString::number(qint64(indexNum) + 1) % comma % rateText(fps)
            % comma % QString::number(intervalMs);
+}
+
+QString recordRow(const QString &sourceName, const Measurement &measurement)
+{
+    return recordRow(sourceName, measurement.width, measurement.height, measurement.defaultFps, measurement.timeMs,
+                     measurement.graph, measurement.fps, measurement.intervalMs);
 }
 
 QString recordName(const QDateTime &time)

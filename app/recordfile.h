@@ -6,6 +6,7 @@
 #include <functional>
 
 class QDateTime;
+struct Measurement;
 
 /// The record of a test: a comma-separated text file in the user's documents folder, UTF-8 without
 /// byte order mark, lines ended by a single line feed. This file alone knows its place and format.
@@ -20,6 +21,7 @@ QString recordHeader();
 /// rate, may be infinite ("inf"). intervalMs: since the same receiver's previous frame.
 QString recordRow(const QString &sourceName, int width, int height, double defaultFps, int timeMs, int indexNum,
                   double fps, int intervalMs);
+QString recordRow(const QString &sourceName, const Measurement &measurement);
 
 /// Folder of the records, without trailing separator; empty when the system names no documents folder.
 QString recordFolder();

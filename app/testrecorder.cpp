@@ -25,9 +25,7 @@ std::shared_ptr<MeasurementSink> TestRecorder::sink() const
 
 void TestRecorder::add(const Measurement &measurement)
 {
-    m_rows.append(recordRow(m_names.value(measurement.sourceIndex), measurement.width, measurement.height,
-                            measurement.defaultFps, measurement.timeMs, measurement.graph, measurement.fps,
-                            measurement.intervalMs));
+    m_rows.append(recordRow(m_names.value(measurement.sourceIndex), measurement));
 }
 
 void TestRecorder::clear()

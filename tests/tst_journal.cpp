@@ -41,9 +41,7 @@ QByteArray recordText(int rows)
     QString text = recordHeader() + QLatin1Char('\n');
     for (int i = 0; i < rows; ++i) {
         const Measurement row = rowNumber(i);
-        text += recordRow(names.at(row.sourceIndex), row.width, row.height, row.defaultFps, row.timeMs, row.graph,
-                          row.fps, row.intervalMs)
-                + QLatin1Char('\n');
+        text += recordRow(names.at(row.sourceIndex), row) + QLatin1Char('\n');
     }
     return text.toUtf8();
 }

@@ -24,8 +24,7 @@ QVector<Measurement> rowsFrom(int first, int count)
 
 QString textOf(const Measurement &row)
 {
-    return recordRow(QString::number(row.sourceIndex), row.width, row.height, row.defaultFps, row.timeMs, row.graph,
-                     row.fps, row.intervalMs);
+    return recordRow(QString::number(row.sourceIndex), row);
 }
 
 QStringList rowsOf(const QByteArray &bytes)

@@ -54,8 +54,7 @@ std::vector<std::vector<Measurement>> handedOver(const QString &truthPath)
 QByteArray lineOf(const Measurement &row)
 {
     const QString name = row.sourceIndex == 0 ? QStringLiteral("KILLED, 1") : QString::fromUtf8("B\xc3\xbchne");
-    return recordRow(name, row.width, row.height, row.defaultFps, row.timeMs, row.graph, row.fps, row.intervalMs)
-        .toUtf8();
+    return recordRow(name, row).toUtf8();
 }
 
 } // namespace

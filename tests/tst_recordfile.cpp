@@ -1,4 +1,5 @@
 #include "app/recordfile.h"
+#include "ndi/measurementsink.h"
 #include "tests/support/testbase.h"
 #include "tests/support/testhome.h"
 #include "tests/support/testrecord.h"
@@ -91,6 +92,7 @@ void TestRecordFile::row()
     QFETCH(int, indexNum);
     QFETCH(double, fps);
     QTEST(recordRow(name, 1920, 1080, defaultFps, 1234, indexNum, fps, 40), "expected");
+    QTEST(recordRow(name, {fps, defaultFps, 1234, 1920, 1080, 40, 7, indexNum}), "expected");
 }
 
 void TestRecordFile::recordIsRightToTheByte()

@@ -33,8 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     static_cast<void>(recordName(start.startTime));
     qint64 rows = 0;
     for (Measurement row; reader.nextRow(&row); ++rows)
-        static_cast<void>(recordRow(start.names.value(row.sourceIndex), row.width, row.height, row.defaultFps,
-                                    row.timeMs, row.graph, row.fps, row.intervalMs));
+        static_cast<void>(recordRow(start.names.value(row.sourceIndex), row));
     if (rows != reader.rowCount() || rows * journalRowBytes > bytes.size())
         std::abort();
     return 0;
