@@ -11,7 +11,7 @@ JournalQueue::JournalQueue(std::uint32_t capacity) : m_capacity(capacity), m_cel
 
 void JournalQueue::add(const Measurement &measurement) noexcept
 {
-    if (!m_isOpen.load(std::memory_order_acquire) || (measurement.width == 0 && measurement.height == 0))
+    if (!m_isOpen.load(std::memory_order_acquire) || !measurement.hasPicture())
         return;
     std::uint32_t place = m_tail.load(std::memory_order_relaxed);
     for (;;) {

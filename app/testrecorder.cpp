@@ -25,6 +25,8 @@ std::shared_ptr<MeasurementSink> TestRecorder::sink() const
 
 void TestRecorder::add(const Measurement &measurement)
 {
+    if (!measurement.hasPicture())
+        return;
     m_rows.append(recordRow(m_names.value(measurement.sourceIndex), measurement));
 }
 

@@ -25,7 +25,7 @@ public:
     /// Where the receivers of this test report to besides; null before begin().
     std::shared_ptr<MeasurementSink> sink() const;
 
-    /// Takes a measurement into the record.
+    /// Takes a measurement into the record, unless it is of no picture.
     void add(const Measurement &measurement);
     bool hasRows() const { return !m_rows.isEmpty(); }
     /// Forgets the rows, and the journal with them.

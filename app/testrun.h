@@ -39,7 +39,7 @@ public:
     /// Whether there are receivers, be it that they are ending.
     bool isRunning() const { return !controllers.isEmpty(); }
 
-    /// Takes a measurement into the record; the arguments are those of frameReceived().
+    /// Takes a measurement into the record, unless it is of no picture; the arguments are those of frameReceived().
     void addRow(double fps, int timeMs, double defaultFps, int width, int height, int intervalMs, int sourceIndex,
                 int graph);
     bool hasRows() const { return m_recorder.hasRows(); }

@@ -10,6 +10,9 @@ struct Measurement {
     int intervalMs = 0;      ///< since the same receiver's previous frame, 0 for the first
     int sourceIndex = 0;     ///< position of the source in the list of the test
     int graph = 0;           ///< 0-based number of the receiver in the test
+
+    /// False: a frame of 0 x 0, which is nothing to see and no row of a record.
+    constexpr bool hasPicture() const noexcept { return width != 0 || height != 0; }
 };
 
 /// Takes measurements on the capturing threads, before they wait in anybody's event queue.

@@ -106,6 +106,8 @@ void TestTestRun::withoutRowsNothingIsWritten()
 {
     TestRun run;
     run.begin({QStringLiteral("A")});
+    run.addRow(60.0, 16, 59.0, 0, 0, 16, 0, 0); // no picture
+    QVERIFY(!run.hasRows());
     const QString before = recordPath();
     QVERIFY(run.writeRecordIfAny());
     QCOMPARE(recordPath(), before);
