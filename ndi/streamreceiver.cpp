@@ -147,7 +147,8 @@ void StreamReceiver::measure(const NDIlib_video_frame_v2_t &video, int nowMs)
 
 void StreamReceiver::publishPixels(const NDIlib_video_frame_v2_t &video)
 {
-    if (receiverIndex != 0 || !video.p_data)
+    // Lines that go upwards in memory (a negative stride) lie before p_data: nothing of ours is to be read after it.
+    if (receiverIndex != 0 || !video.p_data || video.line_stride_in_bytes < 0)
         return;
     const std::size_t bytes = frameCopyBytes(video.xres, video.yres);
     static const QMetaMethod frameDataSignal = QMetaMethod::fromSignal(&StreamReceiver::frameData);

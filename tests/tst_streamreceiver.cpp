@@ -328,11 +328,13 @@ void TestStreamReceiver::pixelsAreNotPublished_data()
     QTest::addColumn<int>("width");
     QTest::addColumn<int>("height");
     QTest::addColumn<bool>("hasData");
-    QTest::newRow("second receiver") << 1 << 16 << 4 << true;
-    QTest::newRow("no pixels") << 0 << 16 << 4 << false;
-    QTest::newRow("no width") << 0 << 0 << 4 << true;
-    QTest::newRow("negative height") << 0 << 16 << -4 << true;
-    QTest::newRow("beyond 1 GiB") << 0 << 40000 << 40000 << true;
+    QTest::addColumn<int>("strideBytes");
+    QTest::newRow("second receiver") << 1 << 16 << 4 << true << 0;
+    QTest::newRow("no pixels") << 0 << 16 << 4 << false << 0;
+    QTest::newRow("no width") << 0 << 0 << 4 << true << 0;
+    QTest::newRow("negative height") << 0 << 16 << -4 << true << 0;
+    QTest::newRow("beyond 1 GiB") << 0 << 40000 << 40000 << true << 0;
+    QTest::newRow("lines upwards from the first") << 0 << 16 << 4 << true << -32;
 }
 
 void TestStreamReceiver::pixelsAreNotPublished()
@@ -341,10 +343,12 @@ void TestStreamReceiver::pixelsAreNotPublished()
     QFETCH(int, width);
     QFETCH(int, height);
     QFETCH(bool, hasData);
+    QFETCH(int, strideBytes);
     FakeNdi ndi;
     uint8_t pixels[128] = {};
     FakeFrame frame = FakeFrame::ofVideo(width, height, 25, 1);
     frame.video.p_data = hasData ? pixels : nullptr;
+    frame.video.line_stride_in_bytes = strideBytes;
     ndi.setScript({frame, errorFrame});
     Run run;
     run.receiver.receiverIndex = receiverIndex;
