@@ -38,8 +38,6 @@
 namespace {
 
 constexpr int progressIntervalMs = 100;
-constexpr int longestMinutes = 5;
-constexpr int mostReceivers = 8;
 constexpr int searchAgainMs = 500; ///< after a search without a source
 constexpr int mostEmptySearches = 10;
 constexpr int longestEndMs = 2500; ///< receivers and probes end within a second
@@ -252,7 +250,7 @@ void NDIWindow::getNDISource(const NDIlib_source_t *sources, int no_sources)
 
 int NDIWindow::measurementMinutes() const
 {
-    return qBound(1, ui->timeList->currentIndex() + 1, longestMinutes);
+    return qBound(TestRun::shortestMinutes, ui->timeList->currentIndex() + 1, TestRun::longestMinutes);
 }
 
 int NDIWindow::measurementMs() const
@@ -306,7 +304,7 @@ bool NDIWindow::startSingle()
     const int source = ui->sourceList->currentIndex();
     if (!m_sources->catalog().contains(source))
         return false;
-    const int receivers = qBound(1, ui->threadCount->currentIndex() + 1, mostReceivers);
+    const int receivers = qBound(TestRun::fewestReceivers, ui->threadCount->currentIndex() + 1, TestRun::mostReceivers);
     const int lengthS = measurementMinutes() * 60;
     beginRun();
     emit fpsSetMetaInfo(lengthS, singleFpsTop, receivers);
