@@ -373,6 +373,13 @@ void TestFaultsWindow::errorsOnAllReceivers()
     QVERIFY2(first.hasEnded(), first.account());
     QVERIFY2(middle.hasEnded(), middle.account());
     QVERIFY(first.records().isEmpty()); // nothing was measured
+    // The controls are free again: another mode can be chosen.
+    using Key = DrivenWindow::Key;
+    first.press({Key::BackTab, Key::Right, Key::Space, Key::Tab, Key::Tab, Key::CtrlA});
+    first.startOrStop();
+    QVERIFY2(first.hasStarted("multiple, 1 receivers"), first.account());
+    first.startOrStop();
+    QVERIFY2(first.hasEnded(2), first.account());
     QCOMPARE(middle.records().size(), 1);
     // Another one ends in the same way.
     middle.startOrStop();
