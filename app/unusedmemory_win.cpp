@@ -1,4 +1,7 @@
 #include "app/unusedmemory.h"
 
-// Windows gives blocks of the pictures' size back as soon as they are freed.
+// Windows has one store, and gives blocks of the pictures' size back as soon as they are freed.
+
+void keepFewMemoryStores() {}
+
 void returnUnusedMemory() {}

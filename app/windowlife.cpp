@@ -6,6 +6,7 @@
 #include "app/openglcheck.h"
 #include "app/runtimecheck.h"
 #include "app/startupbox.h"
+#include "app/unusedmemory.h"
 #include "app/windowplatform.h"
 #include "mainwindow/ndiwindow.h"
 #include "resources/fonts.h"
@@ -61,6 +62,7 @@ QPixmap splashPicture()
 
 int runWindow()
 {
+    keepFewMemoryStores();
     const QString problem = displayProblem();
     if (!problem.isEmpty())
         return reportWithoutScreen(problem);

@@ -6,7 +6,9 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -56,6 +58,7 @@ class TestUnusedMemory final : public TestBase {
 
 private slots:
     void initTestCase();
+    void threadsShareTheirStores();
     void freeMemoryGoesBack();
     void theEndOfATestGivesItBack();
 
@@ -69,6 +72,36 @@ void TestUnusedMemory::initTestCase()
     QVERIFY(m_home.isValid());
     qputenv("HOME", m_home.path().toUtf8());
     qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+}
+
+/// What many threads at once leave, one picture each.
+void TestUnusedMemory::threadsShareTheirStores()
+{
+    constexpr int threads = 12;
+    constexpr int pictureBytes = 4 << 20;
+    keepFewMemoryStores();
+    returnUnusedMemory();
+    QByteArray(pictureBytes + 4096, 'x').clear(); // from now on blocks of this size come from the stores
+    const double beforeMb = ownMemoryMb();
+    std::vector<std::thread> receivers;
+    std::mutex mutex;
+    std::condition_variable wake;
+    int done = 0;
+    for (int i = 0; i < threads; ++i) {
+        receivers.emplace_back([&] {
+            // Each has its picture by turns, and all are there before the first one ends, or they would take each
+            // other's store.
+            std::unique_lock<std::mutex> locker(mutex);
+            QByteArray(pictureBytes, 'x').clear();
+            ++done;
+            wake.notify_all();
+            wake.wait(locker, [&] { return done == threads; });
+        });
+    }
+    for (std::thread &receiver : receivers)
+        receiver.join();
+    returnUnusedMemory();
+    QVERIFY2(ownMemoryMb() < beforeMb + 20, qPrintable(QString::number(ownMemoryMb() - beforeMb)));
 }
 
 void TestUnusedMemory::freeMemoryGoesBack()

@@ -3,6 +3,7 @@
 // Usage: window_soak SECONDS [TEST_SECONDS [strict]]
 // strict: for a machine that does nothing else. Then beats must be in time, and memory as flat as a long run shows it.
 #include "app/recordfile.h"
+#include "app/unusedmemory.h"
 #include "loopback/truthreader.h"
 #include "mainwindow/ndiwindow.h"
 #include "probes/machinefactsreader.h"
@@ -207,6 +208,7 @@ int judge(const std::vector<SoakedTest> &tests, const QString &truthPath, int te
 
 int main(int argc, char **argv)
 {
+    keepFewMemoryStores(); // as the program does
     const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 120;
     const int testMs = (argc > 2 ? std::max(2, std::atoi(argv[2])) : 20) * 1000;
     const bool strict = argc > 3 && qstrcmp(argv[3], "strict") == 0;
