@@ -28,6 +28,8 @@ TestBase::TestBase()
 {
     // Tests that look at journals name a folder of their own; the user's stays out of this.
     qputenv("VEXA_JOURNAL_FOLDER", "off");
+    // All rows of a test function together would have five minutes, however slow the machine; ctest has the limits.
+    qputenv("QTEST_FUNCTION_TIMEOUT", "3600000");
 }
 
 void TestBase::expectWarning(const QString &part)
