@@ -3,6 +3,7 @@ option(VEXA_WERROR "Treat warnings as errors (on in CI)" OFF)
 set(VEXA_SANITIZE "" CACHE STRING "Sanitizers to build with: empty, address or thread")
 set_property(CACHE VEXA_SANITIZE PROPERTY STRINGS "" address thread)
 add_feature_info(warnings-as-errors VEXA_WERROR "-Werror")
+option(VEXA_COVERAGE "The program counts the lines it has run, however it ends" OFF)
 option(VEXA_FUZZ "Build the fuzz targets (with clang)" OFF)
 add_feature_info(fuzz-targets VEXA_FUZZ "libFuzzer, run by scripts/fuzz")
 

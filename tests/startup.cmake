@@ -10,3 +10,4 @@ if(NOT WIN32)
 endif()
 
 vexa_screen_test(windowlife LABEL window TIMEOUT 240 LIBS window_driver)
+vexa_test(firstpaint LABEL unit LIBS vexa_windowlife Qt5::Widgets)

@@ -1,3 +1,4 @@
+#include "crash/dumpmessage.h"
 #include "crash/qbreakpadhandler.h"
 #include "crash/qbreakpadhttpuploader.h"
 #include "tests/support/testbase.h"
@@ -8,10 +9,11 @@
 #include <QThread>
 #include <QtTest>
 
+#include <cstring>
 #include <memory>
 #include <vector>
 
-/// The folder of the dumps and what is sent from it. What a crash leaves there is the matter of tst_crashdumps.
+/// The folder of the dumps and what is sent from it. What a crash leaves there is the matter of tst_crashconsole.
 class TestCrashHandler final : public TestBase {
     Q_OBJECT
 
@@ -26,6 +28,8 @@ private slots:
     void folderThatCannotBeMadeChangesNothing();
     void nothingIsSentFromAnEmptyFolder();
     void oneUploaderForEachDump();
+    void lineTellsOfTheDump();
+    void lineThatDoesNotFitIsCut();
 
 private:
     QBreakpadHandler &handler() { return *QBreakpadHandler::instance(); }
@@ -145,6 +149,32 @@ void TestCrashHandler::oneUploaderForEachDump()
     qDeleteAll(uploaders);
     QVERIFY(QFile::exists(path("two/one.dmp")));
     QVERIFY(QFile::exists(path("two/other.dmp")));
+}
+
+void TestCrashHandler::lineTellsOfTheDump()
+{
+    DumpMessage message;
+    QCOMPARE(message.size(), std::size_t{0});
+    message.set(true, "/home/a b/crashes", "0a659241-e4de");
+    QCOMPARE(QByteArray(message.text()),
+             QByteArray("Succeed to write minidump, dump path: /home/a b/crashes/0a659241-e4de\n"));
+    QCOMPARE(message.size(), std::strlen(message.text()));
+    message.set(false, "/crashes", "1");
+    QCOMPARE(QByteArray(message.text()), QByteArray("Failed to write minidump, dump path: /crashes/1\n"));
+    QCOMPARE(message.size(), std::strlen(message.text()));
+}
+
+void TestCrashHandler::lineThatDoesNotFitIsCut()
+{
+    DumpMessage message;
+    message.set(true, QByteArray(4095, 'x').constData(), "0a659241-e4de-4604-29aa51b2-1b7c4f07"); // the longest path
+    QVERIFY(QByteArray(message.text()).endsWith("x/0a659241-e4de-4604-29aa51b2-1b7c4f07\n"));
+    QCOMPARE(message.size(), std::strlen(message.text()));
+    message.set(true, QByteArray(10000, 'x').constData(), "1");
+    QCOMPARE(message.size(), std::strlen(message.text()));
+    QVERIFY(message.size() > 4095);
+    QVERIFY(message.size() < 10000);
+    QCOMPARE(message.text()[message.size() - 1], 'x');
 }
 
 QTEST_GUILESS_MAIN(TestCrashHandler)
