@@ -20,7 +20,7 @@ int showEmptyWindow(int argc, char *argv[])
 {
     QApplication application(argc, argv);
     QWidget window;
-    window.resize(1752, 968);
+    window.resize(1752, 1018);
     window.show();
     logFirstPaint(&window);
     return QApplication::exec();

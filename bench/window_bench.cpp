@@ -5,13 +5,14 @@
 #include "mainwindow/qtcustomtablewidget.h"
 #include "resources/fonts.h"
 #include "resources/vexaresources.h"
+#include "tests/support/heartbeat.h"
+#include "tests/support/testhome.h"
 #include "ui_ndiwindow.h"
 #include "widgets/darkstyle.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QHeaderView>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <QToolButton>
 
@@ -35,31 +36,14 @@ double processSeconds()
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-/// Lets the event loop run and returns how late a beat every 5 ms was, in ms, sorted.
-std::vector<double> beatsFor(int milliseconds)
-{
-    constexpr double beatMs = 5.0;
-    std::vector<double> late;
-    QElapsedTimer clock;
-    QTimer beat;
-    beat.setTimerType(Qt::PreciseTimer);
-    double due = beatMs;
-    QObject::connect(&beat, &QTimer::timeout, &beat, [&] {
-        const double now = static_cast<double>(clock.nsecsElapsed()) * 1e-6;
-        late.push_back(std::max(0.0, now - due));
-        due = now + beatMs;
-    });
-    clock.start();
-    beat.start(static_cast<int>(beatMs));
-    while (clock.elapsed() < milliseconds)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
-    std::sort(late.begin(), late.end());
-    return late;
-}
-
 void waitFor(int milliseconds)
 {
-    beatsFor(milliseconds);
+    QElapsedTimer clock;
+    clock.start();
+    QTimer wake;
+    wake.start(20);
+    while (clock.elapsed() < milliseconds)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
 }
 
 void runTest(const NDIWindow &window, const char *name, bool preview, bool raw, int seconds)
@@ -72,10 +56,12 @@ void runTest(const NDIWindow &window, const char *name, bool preview, bool raw, 
         ui.cmbPreviewSources->setCurrentIndex(0);
     waitFor(1000);
     const double before = processSeconds();
-    const std::vector<double> late = beatsFor(seconds * 1000);
+    Heartbeat heartbeat;
+    waitFor(seconds * 1000);
+    const std::vector<double> late = heartbeat.takeSorted();
     const double share = (processSeconds() - before) / seconds * 100.0;
-    std::printf("| %s | %.1f | %.1f | %.1f | %.0f %% |\n", name, late[late.size() / 2], late[late.size() * 99 / 100],
-                late.back(), share);
+    std::printf("| %s | %.1f | %.1f | %.1f | %.0f %% |\n", name, lateAt(late, 0.5), lateAt(late, 0.99), late.back(),
+                share);
     std::fflush(stdout);
     ui.btn_test->click();
     while (ui.btn_test->text() != QStringLiteral("TEST"))
@@ -88,9 +74,8 @@ int main(int argc, char **argv)
 {
     const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 20;
     qputenv("NDI_RUNTIME_DIR_V6", VEXA_LOOPBACK_DIR);
-    QTemporaryDir home;
-    qputenv("HOME", home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
+    const TestHome home;
+    home.use();
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     QApplication application(argc, argv);
     QApplication::setStyle(new DarkStyle);
@@ -98,6 +83,7 @@ int main(int argc, char **argv)
     loadFonts();
     NDIWindow window;
     window.show();
+    window.warmUpPreview();
     while (window.form().sourceList->count() == 0)
         waitFor(100);
     waitFor(3000); // the search, the probes
@@ -128,6 +114,8 @@ int main(int argc, char **argv)
     clock.start();
     window.getNDISource(list.data(), sources);
     std::printf("\nfilling %d sources: %lld ms\n", sources, static_cast<long long>(clock.restart()));
+    QCoreApplication::processEvents();
+    std::printf("drawing them: %lld ms\n", static_cast<long long>(clock.restart()));
     QMetaObject::invokeMethod(window.form().sourceTable->horizontalHeader(), "changed", Q_ARG(bool, true));
     std::printf("checking all of them: %lld ms\n", static_cast<long long>(clock.restart()));
     window.requestClose();

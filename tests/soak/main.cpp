@@ -9,6 +9,8 @@
 #include "probes/machinefactsreader.h"
 #include "resources/fonts.h"
 #include "resources/vexaresources.h"
+#include "tests/support/heartbeat.h"
+#include "tests/support/testhome.h"
 #include "tests/support/truthcheck.h"
 #include "ui_ndiwindow.h"
 #include "widgets/darkstyle.h"
@@ -19,7 +21,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QPointer>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <algorithm>
@@ -31,7 +32,6 @@
 namespace {
 
 constexpr int receivers = 8;
-constexpr double beatMs = 5.0;
 constexpr double latestMs = 50.0;     ///< goal for every beat
 constexpr double p99Ms = 20.0;        ///< goal for 99 of 100
 constexpr double flatWithinMb = 8.0;  ///< growth between the halves of a long run
@@ -59,35 +59,6 @@ double ownMemoryMb()
     }
     return 0.0;
 }
-
-/// How late a beat every 5 ms in this thread is.
-class Heartbeat final : public QObject {
-public:
-    Heartbeat()
-    {
-        m_timer.setTimerType(Qt::PreciseTimer);
-        connect(&m_timer, &QTimer::timeout, this, [this] {
-            const double nowMs = static_cast<double>(m_clock.nsecsElapsed()) * 1e-6;
-            m_lateMs.push_back(static_cast<float>(std::max(0.0, nowMs - m_dueMs)));
-            m_dueMs = nowMs + beatMs;
-        });
-        m_clock.start();
-        m_dueMs = beatMs;
-        m_timer.start(static_cast<int>(beatMs));
-    }
-    /// Those since the last call, in order of their lateness.
-    std::vector<float> takeSorted()
-    {
-        std::sort(m_lateMs.begin(), m_lateMs.end());
-        return std::exchange(m_lateMs, {});
-    }
-
-private:
-    QTimer m_timer;
-    QElapsedTimer m_clock;
-    double m_dueMs = 0.0;
-    std::vector<float> m_lateMs;
-};
 
 struct SoakedTest {
     qint64 startNs = 0; ///< steady clock
@@ -118,9 +89,9 @@ SoakedTest runTest(const NDIWindow &window, int testMs, Heartbeat *heartbeat)
     ui.cmbPreviewSources->setCurrentIndex(1);
     waitUntil([&ui] { return ui.timeList->isEnabled(); }, testMs + longestTestMs);
     test.endNs = steadyNs();
-    const std::vector<float> late = heartbeat->takeSorted();
-    test.p99Ms = static_cast<double>(late[late.size() * 99 / 100]);
-    test.latestMs = static_cast<double>(late.back());
+    const std::vector<double> late = heartbeat->takeSorted();
+    test.p99Ms = lateAt(late, 0.99);
+    test.latestMs = late.back();
     test.record = recordPath();
     waitUntil([] { return false; }, 200); // the window still lets go of what the test needed
     test.memoryMb = ownMemoryMb();
@@ -212,10 +183,9 @@ int main(int argc, char **argv)
     const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 120;
     const int testMs = (argc > 2 ? std::max(2, std::atoi(argv[2])) : 20) * 1000;
     const bool strict = argc > 3 && qstrcmp(argv[3], "strict") == 0;
-    QTemporaryDir home;
+    const TestHome home;
     const QString truthPath = home.filePath(QStringLiteral("truth"));
-    qputenv("HOME", home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
+    home.use();
     qputenv("XDG_CACHE_HOME", home.path().toUtf8());
     qputenv("NDI_RUNTIME_DIR_V6", VEXA_LOOPBACK_DIR);
     qputenv("VEXA_LOOPBACK_TRUTH", truthPath.toUtf8());
