@@ -108,7 +108,7 @@ int runWindow()
 
     const QPointer<FramelessWindow> frame = new FramelessWindow; // deletes itself when it is closed
     frame->setWindowTitle(QStringLiteral("Tessaly NDI VEXA"));
-    auto *const window = new NDIWindow(parts);
+    const QPointer<NDIWindow> window = new NDIWindow(parts); // the frame's
     frame->setContent(window);
     QObject::connect(frame, &FramelessWindow::requestClose, window, &NDIWindow::requestClose);
     bool isOver = false; // a window that cannot work says so before the event loop runs
@@ -123,7 +123,8 @@ int runWindow()
     logFirstPaint(frame);
     frame->maximizeOrCenter();
     splash.finish(frame);
-    window->warmUpPreview();
+    if (window) // the splash lets events in, and one may have closed it
+        window->warmUpPreview();
     int status = 0;
     {
         // Ends before all that it uses; a window that is closed meanwhile leaves nobody to be told.
