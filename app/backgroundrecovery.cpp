@@ -27,4 +27,7 @@ BackgroundRecovery::BackgroundRecovery(const std::function<void(const QStringLis
 BackgroundRecovery::~BackgroundRecovery()
 {
     m_thread->wait();
+    // The lock says to whoever looks for races that the lines are this thread's now.
+    const std::lock_guard<std::mutex> locker(m_mutex);
+    m_lines.clear();
 }
