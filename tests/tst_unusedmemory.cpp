@@ -1,9 +1,9 @@
 // What a test needed is the system's again when the test is over.
 #include "app/unusedmemory.h"
 #include "resources/vexaresources.h"
+#include "tests/support/ownmemory.h"
+#include "tests/support/testhome.h"
 #include "tests/support/windowcase.h"
-
-#include <QTemporaryDir>
 
 #include <algorithm>
 #include <condition_variable>
@@ -15,20 +15,6 @@
 namespace {
 
 constexpr double storeMb = 32.0;
-
-/// Memory of the process' own in MB.
-double ownMemoryMb()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0.0;
-    const QList<QByteArray> lines = status.readAll().split('\n');
-    for (const QByteArray &line : lines) {
-        if (line.startsWith("RssAnon:"))
-            return line.mid(8).simplified().split(' ').constFirst().toDouble() / 1024.0;
-    }
-    return 0.0;
-}
 
 /// Leaves what a receiver's thread leaves: much free memory below a little that is still in use.
 class FreeStore final {
@@ -63,15 +49,13 @@ private slots:
     void theEndOfATestGivesItBack();
 
 private:
-    QTemporaryDir m_home;
+    TestHome m_home;
 };
 
 void TestUnusedMemory::initTestCase()
 {
     initVexaResources();
-    QVERIFY(m_home.isValid());
-    qputenv("HOME", m_home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", m_home.path().toUtf8());
+    QVERIFY(m_home.use());
 }
 
 /// What many threads at once leave, one picture each.

@@ -10,6 +10,7 @@
 #include "resources/fonts.h"
 #include "resources/vexaresources.h"
 #include "tests/support/heartbeat.h"
+#include "tests/support/ownmemory.h"
 #include "tests/support/testhome.h"
 #include "tests/support/truthcheck.h"
 #include "ui_ndiwindow.h"
@@ -44,20 +45,6 @@ qint64 steadyNs()
 {
     return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
         .count();
-}
-
-/// Memory of the process' own, without the pages of files, in MB.
-double ownMemoryMb()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0.0;
-    const QList<QByteArray> lines = status.readAll().split('\n');
-    for (const QByteArray &line : lines) {
-        if (line.startsWith("RssAnon:"))
-            return line.mid(8).simplified().split(' ').constFirst().toDouble() / 1024.0;
-    }
-    return 0.0;
 }
 
 struct SoakedTest {
