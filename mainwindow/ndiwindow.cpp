@@ -473,7 +473,8 @@ void NDIWindow::sourceTestFinished(int index)
     m_controls->enter(ControlStates::idle);
     progressTimer.stop();
     QTimer::singleShot(0, this, [] { returnUnusedMemory(); }); // the receivers go first
-    if (wasRunning) // else an analysis has ended
+    // Not after an analysis.
+    if (wasRunning)
         qCDebug(windowLog, "test ended: last record '%s'", qUtf8Printable(recordPath()));
 }
 
