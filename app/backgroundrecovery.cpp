@@ -6,7 +6,7 @@
 
 BackgroundRecovery::BackgroundRecovery(const std::function<void(const QStringList &)> &tell)
     : m_thread(QThread::create([this] {
-          const QStringList lines = recoverJournals();
+          const QStringList lines = recoverJournals(&m_isEnough);
           const std::lock_guard<std::mutex> locker(m_mutex);
           m_lines = lines;
       }))
@@ -26,6 +26,7 @@ BackgroundRecovery::BackgroundRecovery(const std::function<void(const QStringLis
 
 BackgroundRecovery::~BackgroundRecovery()
 {
+    m_isEnough = true;
     m_thread->wait();
     // The lock says to whoever looks for races that the lines are this thread's now.
     const std::lock_guard<std::mutex> locker(m_mutex);

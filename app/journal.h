@@ -42,7 +42,7 @@ public:
     void end(End end);
 
     /// Whether rows may be missing in the file: journals are off, it could not be made or written, or not fast
-    /// enough. Any thread.
+    /// enough. Any thread; for tests.
     bool isIncomplete() const noexcept;
     /// Whether there is a file that ended before the test because nothing could be added to it. Any thread.
     bool isCutOff() const noexcept { return m_isCutOff; }

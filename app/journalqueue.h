@@ -22,6 +22,8 @@ public:
     /// over. When the ring is full the row is counted as lost.
     void add(const Measurement &measurement) noexcept override;
     void close() noexcept { m_isOpen.store(false, std::memory_order_release); }
+    /// For tests.
+    bool isOpen() const noexcept { return m_isOpen.load(std::memory_order_acquire); }
 
     /// Appends what is there to *rows, `most` rows at most. One thread, always the same one.
     void take(int most, QVector<Measurement> *rows);

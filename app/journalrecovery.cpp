@@ -93,7 +93,7 @@ QString lineFor(const RecoveredJournal &journal)
 
 } // namespace
 
-QVector<RecoveredJournal> recoverJournalsIn(const QString &folder)
+QVector<RecoveredJournal> recoverJournalsIn(const QString &folder, const std::atomic<bool> *isEnough)
 {
     QVector<RecoveredJournal> all;
     if (folder.isEmpty())
@@ -107,14 +107,16 @@ QVector<RecoveredJournal> recoverJournalsIn(const QString &folder)
                 all.append(*journal);
         } catch (const std::exception &) { // no memory for a large one: the next start tries again
         }
+        if (isEnough && *isEnough)
+            break;
     }
     return all;
 }
 
-QStringList recoverJournals()
+QStringList recoverJournals(const std::atomic<bool> *isEnough)
 {
     QStringList lines;
-    const QVector<RecoveredJournal> all = recoverJournalsIn(journalFolder());
+    const QVector<RecoveredJournal> all = recoverJournalsIn(journalFolder(), isEnough);
     for (const RecoveredJournal &journal : all)
         lines.append(lineFor(journal));
     return lines;

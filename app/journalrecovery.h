@@ -4,6 +4,8 @@
 #include <QStringList>
 #include <QVector>
 
+#include <atomic>
+
 /// What became of one journal that a process has left.
 struct RecoveredJournal {
     QString journalPath;
@@ -17,8 +19,9 @@ struct RecoveredJournal {
 /// and removes it; one without rows is only removed. A journal that could not become a record stays for
 /// the next time. Those of running processes, of other versions and of other users are left alone, and when
 /// two programs do this at once each journal is taken by one of them. Any thread.
-QVector<RecoveredJournal> recoverJournalsIn(const QString &folder);
+/// isEnough, if given, is looked at after each journal: once it is true the rest stays for the next time.
+QVector<RecoveredJournal> recoverJournalsIn(const QString &folder, const std::atomic<bool> *isEnough = nullptr);
 
 /// The same for journalFolder(), as one line of text for each, for the user. Usually empty and done in less
 /// than a millisecond; a test of five minutes with eight receivers takes about half a second. Any thread.
-QStringList recoverJournals();
+QStringList recoverJournals(const std::atomic<bool> *isEnough = nullptr);

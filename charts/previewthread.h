@@ -21,8 +21,8 @@ public:
     /// The preview to pace, null for none. Not owned; it may go at any time.
     void setWidget(VideoGlPreview *newPreview);
 
-    /// Starts the loop; the thread of before has to have ended. A stop() from here on is never lost, which one
-    /// before the thread's first line would be if the thread itself took an earlier one back.
+    /// Starts the loop; while it runs this only takes back a stop() that it has not seen yet. A stop() from here on is
+    /// never lost, which one before the thread's first line would be if the thread itself took an earlier one back.
     void start();
 
     /// Ends the loop within 20 ms, whether or not the preview is painted; does not wait. Any thread.

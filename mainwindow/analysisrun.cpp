@@ -57,5 +57,5 @@ void AnalysisRun::abort()
     m_thread->quit();
     m_thread->wait();
     m_thread.reset();
-    m_worker.reset(); // no event of it is left to arrive
+    m_worker.reset(); // no event for it is left to arrive
 }

@@ -266,7 +266,9 @@ void TestJournalLinux::theRecordGetsTheRoomOfACutOffJournal()
             recorder.add(someRow);
         }
         QTRY_COMPARE(filesIn(journal).size(), 1);
-        QTest::qWait(500); // two writes, of which the first fails
+        const auto queue = std::dynamic_pointer_cast<JournalQueue>(recorder.sink());
+        QVERIFY(queue);
+        QTRY_VERIFY(!queue->isOpen()); // the journal has met the limit
         std::signal(SIGXFSZ, onFileTooLarge);
         QVERIFY(recorder.write());
         std::signal(SIGXFSZ, SIG_IGN);

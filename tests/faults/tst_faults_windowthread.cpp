@@ -148,7 +148,7 @@ void TestFaultsWindowThread::closedWhileAskingForAFormat()
         const auto events = truth();
         return int(loopback::countTruth(events, "create") - loopback::countTruth(events, "destroy"));
     };
-    QCOMPARE(alive(), 1);
+    QTRY_COMPARE(alive(), 1);
     const QSignalSpy closed(m_window.get(), &NDIWindow::closeWindow);
     m_window->requestClose();
     QCOMPARE(closed.count(), 1);

@@ -173,7 +173,6 @@ int main(int argc, char **argv)
     const TestHome home;
     const QString truthPath = home.filePath(QStringLiteral("truth"));
     home.use();
-    qputenv("XDG_CACHE_HOME", home.path().toUtf8());
     qputenv("NDI_RUNTIME_DIR_V6", VEXA_LOOPBACK_DIR);
     qputenv("VEXA_LOOPBACK_TRUTH", truthPath.toUtf8());
     // The loopback's own store of pictures, in this process, is kept small.

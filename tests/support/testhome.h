@@ -3,7 +3,8 @@
 #include <QDir>
 #include <QTemporaryDir>
 
-/// A home folder for the process of a test: no settings, caches or documents of the user's are read or written.
+/// A home folder for the process of a test: on Linux no settings, caches or documents of the user's are read or
+/// written.
 class TestHome final {
     Q_DISABLE_COPY_MOVE(TestHome)
 
@@ -20,7 +21,8 @@ public:
     bool use() const
     {
         const QByteArray path = m_folder.path().toUtf8();
-        return m_folder.isValid() && qputenv("HOME", path) && qputenv("XDG_CONFIG_HOME", path);
+        return m_folder.isValid() && qputenv("HOME", path) && qputenv("XDG_CONFIG_HOME", path)
+               && qputenv("XDG_CACHE_HOME", path + "/.cache");
     }
     /// Makes it the working folder, too.
     bool enter()
