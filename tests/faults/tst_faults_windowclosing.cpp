@@ -13,8 +13,8 @@ namespace {
 
 using Key = DrivenWindow::Key;
 
-constexpr int fewestFrames = 100; ///< handed over before a test counts as under way
-constexpr int fewestRows = 40;    ///< the window may still have to take some of them up
+constexpr int fewestFrames = 200; ///< handed over before a test counts as under way
+constexpr int fewestRows = 1;     ///< a busy window may still have to take most of them up
 constexpr int patienceMs = 1000;  ///< so long is looked whether something that must not happen does
 
 /// What is wrong with what a window that has ended has left behind; nothing when there are so many whole records and no

@@ -23,14 +23,14 @@ void TestFaultsWindowLists::twoThousandSources()
     window.chooseTwoReceivers();
     window.startOrStop();
     QVERIFY2(window.hasStarted("single, 2 receivers"), window.account());
-    QTest::qWait(1000); // of measuring
+    QTest::qWait(3000); // of measuring; a busy window does not take up the last of it
     window.startOrStop();
     QVERIFY2(window.hasEnded(), window.account());
     QVERIFY2(window.closes(), window.account());
     QCOMPARE(window.records().size(), 1);
     const TestRecord record = TestRecord::read(window.records().constFirst());
     QCOMPARE(record.problem, QString());
-    QVERIFY(record.rows.size() > 60);
+    QVERIFY(record.rows.size() > 30);
 }
 
 /// What is measured is what the list says now, and not what was at its place before.
@@ -49,14 +49,14 @@ void TestFaultsWindowLists::aListThatMoves()
     QVERIFY2(QTest::qWaitFor(isShorter, 20000), window.account());
     window.startOrStop();
     QVERIFY2(window.hasStarted("single, 1 receivers"), window.account());
-    QTest::qWait(1500); // of measuring
+    QTest::qWait(3000); // of measuring
     window.startOrStop();
     QVERIFY2(window.hasEnded(), window.account());
     QVERIFY2(window.closes(), window.account());
     QCOMPARE(window.records().size(), 1);
     const TestRecord record = TestRecord::read(window.records().constFirst());
     QCOMPARE(record.problem, QString());
-    QVERIFY(record.rows.size() > 40);
+    QVERIFY(record.rows.size() > 30);
     for (const TestRecordRow &row : record.rows)
         QCOMPARE(row.sourceName, QByteArray("STAYS"));
     const QVector<ReceiverTruth> receivers = truthOfReceivers(loopback::readTruth(window.truthPath().toStdString()));
