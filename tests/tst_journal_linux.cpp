@@ -98,6 +98,23 @@ void leaveJournal(const QString &path, int second)
     file.write(block);
 }
 
+/// A test of a hundred rows, in the record and in the journal.
+void begin(TestRecorder *recorder)
+{
+    recorder->begin({QStringLiteral("CAM")});
+    for (int i = 0; i < 100; ++i) {
+        recorder->sink()->add(someRow);
+        recorder->add(someRow);
+    }
+}
+
+/// Whether the journal of a running test takes no rows any more: it could not be written.
+bool hasJournalEnded(const TestRecorder &recorder)
+{
+    const auto queue = std::dynamic_pointer_cast<JournalQueue>(recorder.sink());
+    return queue && !queue->isOpen();
+}
+
 /// Whether a journal writes nothing into this folder and says that it is incomplete.
 bool isTurnedDown(const QString &folder)
 {
@@ -178,13 +195,9 @@ void TestJournalLinux::aFullDiskSwitchesItOff()
     TestRecorder recorder;
     {
         const FileSizeLimit limit(1000);
-        recorder.begin({QStringLiteral("CAM")});
-        for (int i = 0; i < 100; ++i) {
-            recorder.sink()->add(someRow);
-            recorder.add(someRow);
-        }
-        QTRY_COMPARE(filesIn(folder.filePath(QStringLiteral("journal"))).size(), 1);
-        QTest::qWait(500); // two writes, of which the first fails
+        begin(&recorder);
+        QTRY_VERIFY(hasJournalEnded(recorder));
+        QCOMPARE(filesIn(folder.filePath(QStringLiteral("journal"))).size(), 1);
         // What was whole stays.
         QFile file(folder.filePath(QStringLiteral("journal/"))
                    + filesIn(folder.filePath(QStringLiteral("journal"))).first());
@@ -260,15 +273,9 @@ void TestJournalLinux::theRecordGetsTheRoomOfACutOffJournal()
     TestRecorder recorder;
     {
         const FileSizeLimit limit(1000);
-        recorder.begin({QStringLiteral("CAM")});
-        for (int i = 0; i < 100; ++i) {
-            recorder.sink()->add(someRow);
-            recorder.add(someRow);
-        }
-        QTRY_COMPARE(filesIn(journal).size(), 1);
-        const auto queue = std::dynamic_pointer_cast<JournalQueue>(recorder.sink());
-        QVERIFY(queue);
-        QTRY_VERIFY(!queue->isOpen()); // the journal has met the limit
+        begin(&recorder);
+        QTRY_VERIFY(hasJournalEnded(recorder));
+        QCOMPARE(filesIn(journal).size(), 1);
         std::signal(SIGXFSZ, onFileTooLarge);
         QVERIFY(recorder.write());
         std::signal(SIGXFSZ, SIG_IGN);
