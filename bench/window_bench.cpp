@@ -118,6 +118,9 @@ int main(int argc, char **argv)
     std::printf("drawing them: %lld ms\n", static_cast<long long>(clock.restart()));
     QMetaObject::invokeMethod(window.form().sourceTable->horizontalHeader(), "changed", Q_ARG(bool, true));
     std::printf("checking all of them: %lld ms\n", static_cast<long long>(clock.restart()));
+    clock.restart();
+    window.getNDISource(list.data(), sources);
+    std::printf("filling them anew: %lld ms\n", static_cast<long long>(clock.restart()));
     window.requestClose();
     return 0;
 }

@@ -9,6 +9,7 @@ target_link_libraries(vexa_swscale INTERFACE "${VEXA_SWSCALE_LIBRARY}" "${VEXA_A
 
 # The preview: fitting and scaling need no widget, the feed no OpenGL.
 add_library(vexa_preview STATIC
+  openglwindow.cpp openglwindow.h
   previewfeed.cpp previewfeed.h
   previewgeometry.cpp previewgeometry.h
   previewscaler.cpp previewscaler.h

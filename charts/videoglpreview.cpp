@@ -1,5 +1,6 @@
 #include "charts/videoglpreview.h"
 
+#include "charts/openglwindow.h"
 #include "charts/previewgeometry.h"
 
 #include <QOpenGLContext>
@@ -45,6 +46,7 @@ constexpr const char *fragmentShader = "varying vec2 texture_Out;"
 VideoGlPreview::VideoGlPreview(QWidget *newContainer) : QOpenGLWidget(newContainer), container(newContainer)
 {
     setUpdateBehavior(QOpenGLWidget::PartialUpdate);
+    giveOwnWindow(this);
 }
 
 VideoGlPreview::~VideoGlPreview()

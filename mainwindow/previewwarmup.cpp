@@ -1,8 +1,12 @@
 #include "mainwindow/previewwarmup.h"
 
+#include "charts/openglwindow.h"
 #include "charts/videoglpreview.h"
 
+#include <QImage>
+#include <QOpenGLFunctions>
 #include <QOpenGLWidget>
+#include <QPixmap>
 #include <QWindow>
 
 #include <utility>
@@ -12,6 +16,39 @@ namespace {
 constexpr int startMs = 400; ///< the window paints itself first
 constexpr int stepMs = 50;   ///< for whatever else waits
 constexpr int mostStarts = 25;
+
+/// The pixels that the window has there. Of three by three: of sizes that are powers of two OpenGL makes a special
+/// case.
+class UnseenPatch final : public QOpenGLWidget {
+public:
+    static constexpr int side = 3;
+
+    UnseenPatch(QWidget *window, const QPoint &place) : QOpenGLWidget(window)
+    {
+        setGeometry(QRect(place, QSize(side, side)));
+        m_below = window->grab(geometry()).toImage();
+    }
+
+protected:
+    void paintGL() override
+    {
+        QOpenGLFunctions *const gl = context()->functions();
+        gl->glEnable(GL_SCISSOR_TEST);
+        for (int y = 0; y < m_below.height(); ++y) {
+            for (int x = 0; x < m_below.width(); ++x) {
+                const QColor colour = m_below.pixelColor(x, y);
+                gl->glScissor(x, m_below.height() - 1 - y, 1, 1);
+                gl->glClearColor(static_cast<GLfloat>(colour.redF()), static_cast<GLfloat>(colour.greenF()),
+                                 static_cast<GLfloat>(colour.blueF()), 1.0F);
+                gl->glClear(GL_COLOR_BUFFER_BIT);
+            }
+        }
+        gl->glDisable(GL_SCISSOR_TEST);
+    }
+
+private:
+    QImage m_below;
+};
 
 } // namespace
 
@@ -61,10 +98,13 @@ void PreviewWarmUp::next()
         break;
     case Step::window: {
         QWidget *const window = m_preview->window();
-        m_unseen = new QOpenGLWidget(window);
-        m_unseen->setGeometry(-2, -2, 1, 1);
+        m_unseen = new UnseenPatch(window, window->rect().center());
+        // A window of its own is drawn only where it is on the screen.
+        if (!giveOwnWindow(m_unseen)) {
+            m_unseen->move(-UnseenPatch::side, -UnseenPatch::side);
+            window->update(0, 0, 1, 1);
+        }
         m_unseen->show();
-        window->update(0, 0, 1, 1);
         m_step = Step::end;
         break;
     }

@@ -10,7 +10,7 @@ class QOpenGLWidget;
 class VideoGlPreview;
 
 /// Lets OpenGL do for the first time, in idle moments and unseen, what the first test would wait for: the preview's
-/// context and its shaders, and the window's own drawing with OpenGL, which Qt turns to while a preview is on it.
+/// context and its shaders, and Qt's drawing with OpenGL of the window that the preview is on.
 /// Software OpenGL translates shaders into machine code then, for some 100 ms in all. GUI thread.
 class PreviewWarmUp final : public QObject {
     Q_OBJECT
@@ -41,5 +41,5 @@ private:
     Step m_step = Step::preview;
     int m_starts = 0;
     QTimer m_timer;
-    QPointer<QOpenGLWidget> m_unseen; ///< makes Qt draw the window with OpenGL; the window may take it with it
+    QPointer<QOpenGLWidget> m_unseen; ///< makes Qt draw with OpenGL; the window may take it with it
 };

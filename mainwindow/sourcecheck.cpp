@@ -6,7 +6,7 @@
 
 QCheckBox *addSourceCheck(QTableWidget *table, int row, const QString &sourceName)
 {
-    auto *cell = new QWidget(table);
+    auto *cell = new QWidget(table->viewport());
     auto *check = new QCheckBox(cell);
     check->setStyleSheet(QStringLiteral(
         "QCheckBox {background:none;}QCheckBox::indicator {width:                  12px;height:                 12px;}"
@@ -18,7 +18,10 @@ QCheckBox *addSourceCheck(QTableWidget *table, int row, const QString &sourceNam
     auto *layout = new QHBoxLayout(cell);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(check, 0, Qt::AlignCenter);
+    // Showing the cell would lay it out in a size that it never has; its resizing does so in the right one.
+    layout->setEnabled(false);
     table->setCellWidget(row, 0, cell);
+    layout->setEnabled(true);
     return check;
 }
 

@@ -35,6 +35,8 @@ void SourceLists::replace(const NDIlib_source_t *sources, int count)
     const int rows = m_catalog.count();
     ui->sourceTable->setUpdatesEnabled(false);
     ui->detailTable->setUpdatesEnabled(false);
+    // A widget that is shown asks the screen where the pointer is; this way all the check boxes come with one question.
+    ui->sourceTable->viewport()->hide();
     ui->sourceTable->setRowCount(rows);
     ui->detailTable->setRowCount(rows);
     sourceChecks.reserve(rows);
@@ -46,6 +48,7 @@ void SourceLists::replace(const NDIlib_source_t *sources, int count)
     // Lays the cells out while nobody paints: later each one would be marked for painting by itself.
     ui->sourceTable->indexAt(QPoint(0, 0));
     ui->detailTable->indexAt(QPoint(0, 0));
+    ui->sourceTable->viewport()->show();
     ui->sourceTable->setUpdatesEnabled(true);
     ui->detailTable->setUpdatesEnabled(true);
     ui->sourceList->addItems(m_catalog.names());

@@ -1,5 +1,7 @@
 #include "probes/drmclients_linux.h"
 
+#include "probes/startoffile_linux.h"
+
 #include <QFile>
 
 #include <unistd.h>
@@ -10,12 +12,7 @@
 
 namespace {
 
-QByteArray startOfFile(const QByteArray &path)
-{
-    constexpr qint64 enoughBytes = 4096;
-    QFile file(QFile::decodeName(path));
-    return file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ? file.read(enoughBytes) : QByteArray();
-}
+constexpr qint64 enoughBytes = 4096; ///< of what /proc tells of one descriptor
 
 bool startsWithDigit(const char *name)
 {
@@ -37,7 +34,7 @@ double DrmClients::readClients(qint64 nowNs)
 {
     double percent = 0.0;
     const auto update = [&percent, nowNs](Client &client) {
-        const std::optional<DrmUsage> usage = parseDrmUsage(startOfFile(client.path));
+        const std::optional<DrmUsage> usage = parseDrmUsage(readStartOfFile(QFile::decodeName(client.path), enoughBytes));
         // Another user under the same number: the process ended, or opened something else.
         if (!usage || usage->clientId != client.usage.clientId || usage->adapter != client.usage.adapter)
             return false;
@@ -94,7 +91,7 @@ void DrmClients::lookAtDescriptor(const char *name, qint64 nowNs)
         return;
     Client client;
     client.path = m_processFolder + "/fdinfo/" + name;
-    const std::optional<DrmUsage> usage = parseDrmUsage(startOfFile(client.path));
+    const std::optional<DrmUsage> usage = parseDrmUsage(readStartOfFile(QFile::decodeName(client.path), enoughBytes));
     if (!usage || isKnown(*usage) || clientCount() >= mostClients)
         return;
     client.usage = *usage;

@@ -14,7 +14,8 @@ else()
   target_sources(vexa_load PRIVATE
     drmclients_linux.cpp drmclients_linux.h
     graphicsdriver_linux.cpp
-    loadreader_linux.cpp loadreader_linux.h)
+    loadreader_linux.cpp loadreader_linux.h
+    startoffile_linux.cpp startoffile_linux.h)
   target_link_libraries(vexa_load PRIVATE ${CMAKE_DL_LIBS})
 endif()
 target_link_libraries(vexa_load PUBLIC Qt5::Core PRIVATE vexa_tooloutput project_options)

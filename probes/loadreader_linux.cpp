@@ -5,6 +5,7 @@
 #include "probes/gpuloadtext.h"
 #include "probes/graphicsdriver.h"
 #include "probes/procstat.h"
+#include "probes/startoffile_linux.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,18 +13,12 @@
 
 namespace {
 
-QByteArray startOfFile(const QString &path, qint64 enoughBytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ? file.read(enoughBytes) : QByteArray();
-}
-
 /// Empty when the file cannot be read. An adapter that sleeps is not woken up for it.
 std::optional<double> amdPercent(const QString &deviceFolder)
 {
-    if (startOfFile(deviceFolder + QLatin1String("/power/runtime_status"), 64).trimmed() == "suspended")
+    if (readStartOfFile(deviceFolder + QLatin1String("/power/runtime_status"), 64).trimmed() == "suspended")
         return 0.0;
-    return sumOfLines(startOfFile(deviceFolder + QLatin1String("/gpu_busy_percent"), 64));
+    return sumOfLines(readStartOfFile(deviceFolder + QLatin1String("/gpu_busy_percent"), 64));
 }
 
 qint64 steadyNs()
@@ -42,7 +37,7 @@ LinuxLoadReader::~LinuxLoadReader() = default;
 
 std::optional<int> LinuxLoadReader::processorPercent()
 {
-    return m_processor.add(startOfFile(m_root + QLatin1String("/proc/stat"), 512));
+    return m_processor.add(readStartOfFile(m_root + QLatin1String("/proc/stat"), 512));
 }
 
 std::optional<int> LinuxLoadReader::graphicsPercent(const LoadAbort &abort)
@@ -82,7 +77,7 @@ void LinuxLoadReader::findAdapters()
         const QString device = cards.filePath(card) + QLatin1String("/device");
         if (QFile::exists(device + QLatin1String("/gpu_busy_percent")))
             m_amdFolders.append(device);
-        const QByteArray facts = '\n' + startOfFile(device + QLatin1String("/uevent"), 1024) + '\n';
+        const QByteArray facts = '\n' + readStartOfFile(device + QLatin1String("/uevent"), 1024) + '\n';
         if (!m_intel && (facts.contains("\nDRIVER=i915\n") || facts.contains("\nDRIVER=xe\n")))
             m_intel = std::make_unique<DrmClients>(QFile::encodeName(m_root) + "/proc");
     }

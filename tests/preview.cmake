@@ -10,6 +10,7 @@ vexa_test(previewgeometry LABEL unit LIBS vexa_preview)
 vexa_test(previewscaler LABEL unit LIBS vexa_preview vexa_swscale)
 vexa_test(previewoffscreen SERIAL LABEL unit LIBS preview_support)
 vexa_screen_test(videoglpreview LABEL unit TIMEOUT 240 LIBS preview_support)
+vexa_screen_test(openglwindow LABEL unit TIMEOUT 120 LIBS preview_support)
 vexa_screen_test(previewthread SERIAL LABEL unit TIMEOUT 120 LIBS preview_support)
 vexa_screen_test(previewfeed LABEL integration LIBS preview_support vexa_ndi)
 

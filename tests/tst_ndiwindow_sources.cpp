@@ -4,6 +4,7 @@
 #include "tests/support/testhome.h"
 #include "tests/support/windowcase.h"
 
+#include <QCheckBox>
 #include <QSignalSpy>
 
 namespace {
@@ -30,6 +31,7 @@ private slots:
     void namesAreShownAsTheyAre_data();
     void namesAreShownAsTheyAre();
     void longListsAndShortOnes();
+    void boxesOfANewList();
     void nullNames();
     void silentSource();
     void listsThatShrinkBetweenTests();
@@ -112,6 +114,33 @@ void TestNdiWindowSources::longListsAndShortOnes()
     QCOMPARE(test.ui().sourceList->count(), 1);
     QCOMPARE(test.ui().sourceTable->rowCount(), 1);
     QCOMPARE(test.ui().tblStatus->rowCount(), 0);
+}
+
+void TestNdiWindowSources::boxesOfANewList()
+{
+    WindowCase test(1);
+    QVERIFY(test.isReady(1));
+    test.ui().multiOption->click();
+    QtCustomTableWidget *const table = test.ui().sourceTable;
+    table->setFocus();
+    const bool hadFocus = table->hasFocus();
+    const QVector<QByteArray> names = namesOf(200);
+    const QVector<NDIlib_source_t> views = viewsOf(names);
+    for (const int count : {200, 3}) {
+        test.window->getNDISource(views.constData(), count);
+        QCoreApplication::processEvents();
+        QCOMPARE(table->rowCount(), count);
+        const QRect cell = table->visualRect(table->model()->index(1, 0));
+        QCheckBox *const box = test.check(1);
+        QVERIFY(box->isVisible());
+        const QRect inTable(box->mapTo(table->viewport(), QPoint(0, 0)), box->size());
+        QVERIFY(cell.contains(inTable));
+        QVERIFY((inTable.center() - cell.center()).manhattanLength() <= 2);
+        QTest::mouseClick(box, Qt::LeftButton);
+        QVERIFY(box->isChecked());
+        QCOMPARE(test.ui().tblStatus->rowCount(), 1);
+        QCOMPARE(table->hasFocus(), hadFocus);
+    }
 }
 
 void TestNdiWindowSources::nullNames()

@@ -41,7 +41,7 @@ QString everyFrameIsARow(const QVector<TestRecordRow> &rows, const ReceiverTruth
     for (int i = 0; i < rows.size(); ++i) {
         if (qAbs(rows.at(i).timeMs - truth.timeMs(i)) > busyMs)
             return QStringLiteral("row %1 says %2 ms, it was %3 ms").arg(i).arg(rows.at(i).timeMs).arg(truth.timeMs(i));
-        const int intervalMs = i == 0 ? 0 : rows.at(i).timeMs - rows.at(i - 1).timeMs;
+        const int intervalMs = expectedIntervalMs(rows, i);
         if (rows.at(i).intervalMs != intervalMs)
             return QStringLiteral("row %1 has interval %2, not %3").arg(i).arg(rows.at(i).intervalMs).arg(intervalMs);
     }

@@ -25,7 +25,10 @@ QVector<ReceiverTruth> truthOfReceivers(const std::vector<loopback::TruthRecord>
 QString pairWithTruth(const TestRecord &record, const QVector<ReceiverTruth> &truth, int toleranceMs,
                       QVector<int> *pairing);
 
-/// Checks what holds for the rows of any receiver: times never go back, each interval is the difference
-/// of two times, they add up to the last time less the first, and each rate is that of the window of
-/// nominal-many arrivals. Returns what is wrong, or nothing.
+/// The interval that a row of a receiver must have: the time since the row before. The first row has none,
+/// nor has the second when the first frame came in the receiver's first millisecond: 0 stands for no frame yet.
+int expectedIntervalMs(const QVector<TestRecordRow> &rows, int row);
+
+/// Checks what holds for the rows of any receiver: times never go back, each interval is the one expected,
+/// and each rate is that of the window of nominal-many arrivals. Returns what is wrong, or nothing.
 QString checkRowsAmongThemselves(const QVector<TestRecordRow> &rows);
