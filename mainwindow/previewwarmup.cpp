@@ -16,6 +16,7 @@ namespace {
 constexpr int startMs = 400; ///< the window paints itself first
 constexpr int stepMs = 50;   ///< for whatever else waits
 constexpr int mostStarts = 25;
+constexpr int drawnWithinMs = 2000; ///< a window of its own waits for the window system first
 
 /// The pixels that the window has there. Of three by three: of sizes that are powers of two OpenGL makes a special
 /// case.
@@ -23,10 +24,13 @@ class UnseenPatch final : public QOpenGLWidget {
 public:
     static constexpr int side = 3;
 
-    UnseenPatch(QWidget *window, const QPoint &place) : QOpenGLWidget(window)
+    explicit UnseenPatch(QWidget *window) : QOpenGLWidget(window) { setGeometry(-side, -side, side, side); }
+
+    /// Moves it to where it could be seen, but looks like what is there.
+    void cover(const QPoint &place)
     {
-        setGeometry(QRect(place, QSize(side, side)));
-        m_below = window->grab(geometry()).toImage();
+        move(place);
+        m_below = parentWidget()->grab(geometry()).toImage();
     }
 
 protected:
@@ -96,23 +100,36 @@ void PreviewWarmUp::next()
         m_preview->warmUp();
         m_step = Step::window;
         break;
-    case Step::window: {
-        QWidget *const window = m_preview->window();
-        m_unseen = new UnseenPatch(window, window->rect().center());
-        // A window of its own is drawn only where it is on the screen.
-        if (!giveOwnWindow(m_unseen)) {
-            m_unseen->move(-UnseenPatch::side, -UnseenPatch::side);
-            window->update(0, 0, 1, 1);
-        }
-        m_unseen->show();
+    case Step::window:
         m_step = Step::end;
-        break;
-    }
+        drawUnseen();
+        return;
     case Step::end:
-        end(true);
+        end(m_wasDrawn);
         return;
     }
     m_timer.start(stepMs);
+}
+
+void PreviewWarmUp::drawUnseen()
+{
+    QWidget *const window = m_preview->window();
+    auto *const patch = new UnseenPatch(window);
+    m_unseen = patch;
+    if (giveOwnWindow(patch)) {
+        // A window of its own is drawn only where it is on the screen.
+        patch->cover(window->rect().center());
+        m_wasDrawn = false;
+        connect(patch, &QOpenGLWidget::frameSwapped, this, [this] {
+            m_wasDrawn = true;
+            m_timer.start(0);
+        });
+        m_timer.start(drawnWithinMs);
+    } else {
+        window->update(0, 0, 1, 1);
+        m_timer.start(stepMs);
+    }
+    patch->show();
 }
 
 void PreviewWarmUp::end(bool wasDone)

@@ -34,12 +34,14 @@ private:
     void next();
     bool isOnScreen() const;
     bool canDraw() const;
+    void drawUnseen();
     void end(bool wasDone);
 
     VideoGlPreview *m_preview;
     std::function<bool()> m_isBusy;
     Step m_step = Step::preview;
     int m_starts = 0;
+    bool m_wasDrawn = true;
     QTimer m_timer;
     QPointer<QOpenGLWidget> m_unseen; ///< makes Qt draw with OpenGL; the window may take it with it
 };

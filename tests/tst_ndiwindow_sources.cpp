@@ -122,8 +122,9 @@ void TestNdiWindowSources::boxesOfANewList()
     QVERIFY(test.isReady(1));
     test.ui().multiOption->click();
     QtCustomTableWidget *const table = test.ui().sourceTable;
+    QApplication::setActiveWindow(test.window.get());
     table->setFocus();
-    const bool hadFocus = table->hasFocus();
+    QVERIFY(table->hasFocus());
     const QVector<QByteArray> names = namesOf(200);
     const QVector<NDIlib_source_t> views = viewsOf(names);
     for (const int count : {200, 3}) {
@@ -139,7 +140,7 @@ void TestNdiWindowSources::boxesOfANewList()
         QTest::mouseClick(box, Qt::LeftButton);
         QVERIFY(box->isChecked());
         QCOMPARE(test.ui().tblStatus->rowCount(), 1);
-        QCOMPARE(table->hasFocus(), hadFocus);
+        QVERIFY(table->hasFocus());
     }
 }
 

@@ -4,9 +4,11 @@
 #include "tests/support/previewscreen.h"
 #include "tests/support/testbase.h"
 
+#include <QEventLoop>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QWindow>
 #include <QtTest>
 
@@ -28,6 +30,29 @@ QColor middleOf(const QImage &image)
 {
     return image.pixelColor(image.width() / 2, image.height() / 2);
 }
+
+/// Ends an event loop when a widget gets a child.
+class ChildWatch final : public QObject {
+public:
+    explicit ChildWatch(QWidget *parent) { parent->installEventFilter(this); }
+
+    bool wait()
+    {
+        QTimer::singleShot(10000, &m_loop, [this] { m_loop.exit(1); });
+        return m_loop.exec() == 0;
+    }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::ChildAdded)
+            m_loop.exit(0);
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    QEventLoop m_loop;
+};
 
 } // namespace
 
@@ -77,6 +102,9 @@ void TestPreviewWarmUp::openGlIsReadyAndNothingIsSeen()
     QCOMPARE(scene.preview->source(), 0);
     QCOMPARE(scene.preview->size(), QSize(320, 180));
     QCOMPARE(m_window->findChildren<QOpenGLWidget *>().size(), widgets);
+    const QList<QWidget *> children = m_window->findChildren<QWidget *>();
+    for (const QWidget *child : children)
+        QVERIFY(!child->internalWinId() || child == scene.preview.get());
 }
 
 void TestPreviewWarmUp::theFirstFrameIsAsEver()
@@ -131,8 +159,12 @@ void TestPreviewWarmUp::mayGoInMidRun()
     PreviewScene scene(*m_window, {320, 180});
     const int widgets = m_window->findChildren<QOpenGLWidget *>().size();
     auto warmUp = std::make_unique<PreviewWarmUp>(scene.preview.get(), [] { return false; });
+    QSignalSpy finished(warmUp.get(), &PreviewWarmUp::finished);
+    ChildWatch patch(m_window.get());
     warmUp->start();
-    QTRY_COMPARE(m_window->findChildren<QOpenGLWidget *>().size(), widgets + 1);
+    QVERIFY(patch.wait());
+    QVERIFY(finished.isEmpty());
+    QCOMPARE(m_window->findChildren<QOpenGLWidget *>().size(), widgets + 1);
     warmUp.reset();
     QCOMPARE(m_window->findChildren<QOpenGLWidget *>().size(), widgets);
 }

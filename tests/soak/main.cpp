@@ -25,9 +25,11 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -47,6 +49,32 @@ qint64 steadyNs()
         .count();
 }
 
+/// How late a thread is that does nothing but wait: what the machine itself adds to the window's lateness.
+class IdleThread final {
+public:
+    ~IdleThread()
+    {
+        m_ends = true;
+        m_thread.join();
+    }
+    /// Since the last call, in ms.
+    double takeLatestMs() { return m_latestMs.exchange(0.0); }
+
+private:
+    void run()
+    {
+        while (!m_ends) {
+            const qint64 dueNs = steadyNs() + 5000000;
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            m_latestMs = std::max(m_latestMs.load(), static_cast<double>(steadyNs() - dueNs) * 1e-6);
+        }
+    }
+
+    std::atomic<bool> m_ends{false};
+    std::atomic<double> m_latestMs{0.0};
+    std::thread m_thread{&IdleThread::run, this};
+};
+
 struct SoakedTest {
     qint64 startNs = 0; ///< steady clock
     qint64 endNs = 0;
@@ -54,6 +82,7 @@ struct SoakedTest {
     double memoryMb = 0.0;
     double p99Ms = 0.0;
     double latestMs = 0.0;
+    double idleLatestMs = 0.0; ///< of a thread that only waits
 };
 
 void waitUntil(const std::function<bool()> &condition, int timeoutMs)
@@ -66,11 +95,12 @@ void waitUntil(const std::function<bool()> &condition, int timeoutMs)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
 }
 
-SoakedTest runTest(const NDIWindow &window, int testMs, Heartbeat *heartbeat)
+SoakedTest runTest(const NDIWindow &window, int testMs, Heartbeat *heartbeat, IdleThread *idleThread)
 {
     const Ui::NDIWindow &ui = window.form();
     SoakedTest test;
     heartbeat->takeSorted();
+    idleThread->takeLatestMs();
     test.startNs = steadyNs();
     ui.btn_test->click();
     ui.cmbPreviewSources->setCurrentIndex(1);
@@ -79,6 +109,7 @@ SoakedTest runTest(const NDIWindow &window, int testMs, Heartbeat *heartbeat)
     const std::vector<double> late = heartbeat->takeSorted();
     test.p99Ms = lateAt(late, 0.99);
     test.latestMs = late.back();
+    test.idleLatestMs = idleThread->takeLatestMs();
     test.record = recordPath();
     waitUntil([] { return false; }, 200); // the window still lets go of what the test needed
     test.memoryMb = ownMemoryMb();
@@ -216,16 +247,17 @@ int main(int argc, char **argv)
 
     std::vector<SoakedTest> tests;
     Heartbeat heartbeat;
+    IdleThread idleThread;
     QElapsedTimer clock;
     clock.start();
     std::printf(
         "| test | from [s] | own memory [MB] | beat late, 99 %% [ms] | most [ms] |\n|---|---:|---:|---:|---:|\n");
     while (clock.elapsed() < seconds * qint64(1000)) {
         const qint64 fromS = clock.elapsed() / 1000;
-        tests.push_back(runTest(*window, testMs, &heartbeat));
+        tests.push_back(runTest(*window, testMs, &heartbeat, &idleThread));
         const SoakedTest &test = tests.back();
-        std::printf("| %zu | %lld | %.1f | %.1f | %.1f |\n", tests.size(), static_cast<long long>(fromS), test.memoryMb,
-                    test.p99Ms, test.latestMs);
+        std::printf("| %zu | %lld | %.1f | %.1f | %.1f | %.1f |\n", tests.size(), static_cast<long long>(fromS),
+                    test.memoryMb, test.p99Ms, test.latestMs, test.idleLatestMs);
         std::fflush(stdout);
         // Records are named by the second.
         waitUntil([] { return false; }, 1100);
