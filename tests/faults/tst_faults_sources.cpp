@@ -12,8 +12,9 @@
 
 namespace {
 
-constexpr int runMs = 7000; ///< from the first frames to the interrupt; every fault comes before
-constexpr int busyMs = 100; ///< what the machine may be late with all of them at once
+constexpr int runMs = 9000;   ///< from the last one's start to the interrupt; every fault comes before
+constexpr int busyMs = 300;   ///< what the machine may be late with all of them at once
+constexpr int uptakeMs = 500; ///< how far behind the program may be when it is interrupted
 
 /// What a run left behind.
 struct Outcome {
@@ -38,7 +39,8 @@ qint64 steadyNs()
 
 QByteArray stage(const QByteArray &more, const QByteArray &size = "\"width\":640,\"height\":360,")
 {
-    return "{\"sources\":[{\"name\":\"STAGE\"," + size + more + "}]}";
+    // Long queues: whatever the machine does to the runtime, the loss of a frame is the program's fault.
+    return "{\"queueFrames\":1000,\"sources\":[{\"name\":\"STAGE\"," + size + more + "}]}";
 }
 
 QByteArray fifty(const QByteArray &more)
@@ -52,7 +54,8 @@ int longIntervals(const QVector<TestRecordRow> &rows, int ms)
         std::count_if(rows.cbegin(), rows.cend(), [ms](const TestRecordRow &row) { return row.intervalMs >= ms; }));
 }
 
-/// Every frame that the runtime handed over before the end has its row, and nothing was lost on the way.
+/// Every frame that the runtime handed over before the end has its row, and nothing was lost on the way. What the
+/// program had not taken up by then, uptakeMs at most, need not be there.
 void everyFrameIsARow(const Outcome &outcome)
 {
     QCOMPARE(outcome.record.problem, QString());
@@ -64,8 +67,11 @@ void everyFrameIsARow(const Outcome &outcome)
     QCOMPARE(pairWithTruth(outcome.record, truth, busyMs, &pairing), QString());
     for (int receiver = 0; receiver < truth.size(); ++receiver) {
         const ReceiverTruth &handedOver = truth.at(pairing.at(receiver));
-        for (int frame = outcome.record.rowsOf(receiver + 1).size(); frame < handedOver.frames.size(); ++frame)
-            QVERIFY(handedOver.frames.at(frame).timeNs > outcome.endNs - busyMs * qint64(1000000));
+        const QVector<TestRecordRow> rows = outcome.record.rowsOf(receiver + 1);
+        for (int row = 0; row < rows.size(); ++row) // exact, however late the rows are
+            QCOMPARE(rows.at(row).intervalMs, expectedIntervalMs(rows, row));
+        for (int frame = rows.size(); frame < handedOver.frames.size(); ++frame)
+            QVERIFY(handedOver.frames.at(frame).timeNs > outcome.endNs - uptakeMs * qint64(1000000));
     }
 }
 
@@ -133,15 +139,17 @@ std::map<QByteArray, Fault> TestFaultsSources::faults()
                                              everyFrameIsARow(outcome);
                                              for (int receiver = 1; receiver <= 2; ++receiver) {
                                                  const QVector<TestRecordRow> rows = outcome.record.rowsOf(receiver);
-                                                 QCOMPARE(longIntervals(rows, 2900), 1);
+                                                 QCOMPARE(longIntervals(rows, 2000), 1);
                                                  QVERIFY(rows.last().timeMs > 5500); // it goes on afterwards
                                              }
                                          }};
     all["vanishes for ever"] = {fifty("\"endMs\":2000"), 2, false, [](const Outcome &outcome) {
                                     everyFrameIsARow(outcome);
-                                    QVERIFY(outcome.record.rows.size() <= 2 * 100
-                                            && outcome.record.rows.size() >= 2 * 90);
-                                    QVERIFY(outcome.record.rows.last().timeMs < 3000);
+                                    for (int receiver = 1; receiver <= 2; ++receiver) {
+                                        const QVector<TestRecordRow> rows = outcome.record.rowsOf(receiver);
+                                        QVERIFY(!rows.isEmpty() && rows.size() <= 100);
+                                        QVERIFY(rows.last().timeMs < 5000);
+                                    }
                                 }};
     all["comes back with another size"] = {fifty("\"events\":[{\"kind\":\"vanish\",\"atMs\":2000,\"ms\":2000},"
                                                  "{\"kind\":\"size\",\"atMs\":3000,\"width\":1280,\"height\":720}]"),
@@ -150,37 +158,38 @@ std::map<QByteArray, Fault> TestFaultsSources::faults()
                                                for (int receiver = 1; receiver <= 2; ++receiver) {
                                                    bool isBack = false;
                                                    for (const TestRecordRow &row : outcome.record.rowsOf(receiver)) {
-                                                       isBack = isBack || row.intervalMs >= 1900;
+                                                       isBack = isBack || row.intervalMs >= 1000;
                                                        QCOMPARE(row.width, isBack ? 1280 : 640);
                                                    }
                                                    QVERIFY(isBack);
                                                }
                                            }};
     all["error frame first, on one receiver"] = {
-        fifty("\"startMs\":1000,\"events\":[{\"kind\":\"error\",\"atMs\":500,\"receiver\":0}]"), 2, false,
+        fifty("\"startMs\":3000,\"events\":[{\"kind\":\"error\",\"atMs\":2000,\"receiver\":0}]"), 2, false,
         [](const Outcome &outcome) {
             QCOMPARE(static_cast<int>(loopback::countTruth(outcome.events, "error")), 1);
             everyFrameIsARow(outcome);
             QVERIFY(outcome.record.rows.size() >= 100); // the other one's
         }};
     all["error frame in the middle, on one receiver"] = {
-        fifty("\"events\":[{\"kind\":\"error\",\"atMs\":2000,\"receiver\":1}]"), 2, false, [](const Outcome &outcome) {
+        fifty("\"events\":[{\"kind\":\"error\",\"atMs\":4000,\"receiver\":1}]"), 2, false, [](const Outcome &outcome) {
             everyFrameIsARow(outcome);
             int ended = 0;
             for (int receiver = 1; receiver <= 2; ++receiver)
-                ended += outcome.record.rowsOf(receiver).last().timeMs < 3000;
+                ended += outcome.record.rowsOf(receiver).last().timeMs < 6000;
             QCOMPARE(ended, 1);
         }};
     all["error frame first, on all receivers"] = {
-        fifty("\"startMs\":1000,\"events\":[{\"kind\":\"error\",\"atMs\":500}]"), 3, true, [](const Outcome &outcome) {
+        fifty("\"startMs\":3000,\"events\":[{\"kind\":\"error\",\"atMs\":2000}]"), 3, true, [](const Outcome &outcome) {
             QVERIFY2(outcome.run->standardError().endsWith("All Receivers have been closed.\n"),
                      outcome.run->account());
             QVERIFY(outcome.run->recordPath().isEmpty()); // nothing was measured
         }};
-    all["error frame in the middle, on all receivers"] = {fifty("\"events\":[{\"kind\":\"error\",\"atMs\":2000}]"), 3,
+    all["error frame in the middle, on all receivers"] = {fifty("\"events\":[{\"kind\":\"error\",\"atMs\":4000}]"), 3,
                                                           true, [](const Outcome &outcome) {
                                                               everyFrameIsARow(outcome);
-                                                              QVERIFY(outcome.record.rows.size() >= 3 * 90);
+                                                              for (int receiver = 1; receiver <= 3; ++receiver)
+                                                                  QVERIFY(!outcome.record.rowsOf(receiver).isEmpty());
                                                           }};
     all["sends nothing"] = {fifty("\"startMs\":3600000"), 2, false, nothingWasMeasured};
     all["changes from 60 to 25"] = {
@@ -195,8 +204,8 @@ std::map<QByteArray, Fault> TestFaultsSources::faults()
             }
         }};
     all["sends frames of unknown kinds"] = {
-        fifty("\"events\":[{\"kind\":\"unknown\",\"atMs\":500,\"value\":4711},{\"kind\":\"unknown\",\"atMs\":900,"
-              "\"value\":-1},{\"kind\":\"unknown\",\"atMs\":1300,\"value\":107},{\"kind\":\"status\",\"atMs\":1700}]"),
+        fifty("\"events\":[{\"kind\":\"unknown\",\"atMs\":2000,\"value\":4711},{\"kind\":\"unknown\",\"atMs\":2400,"
+              "\"value\":-1},{\"kind\":\"unknown\",\"atMs\":2800,\"value\":107},{\"kind\":\"status\",\"atMs\":3200}]"),
         2, false, [](const Outcome &outcome) {
             everyFrameIsARow(outcome);
             QCOMPARE(static_cast<int>(loopback::countTruth(outcome.events, "unknown")), 3 * 2);
