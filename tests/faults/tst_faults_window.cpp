@@ -172,10 +172,10 @@ void TestFaultsWindow::framesThatDeclareNonsense()
         tour.window->start();
         longest = qMax(longest, tour.stops.size());
     }
-    for (Tour &tour : tours) {
+    for (Tour &tour : tours) // all, before any has a key: a window that opens takes the keyboard
         QVERIFY2(tour.window->isOpen(int(tour.stops.size())), tour.window->account());
+    for (Tour &tour : tours)
         tour.window->chooseTwoReceivers();
-    }
     for (std::size_t stop = 0; stop < longest; ++stop) {
         for (Tour &tour : tours) {
             if (stop < tour.stops.size())
@@ -214,7 +214,7 @@ void TestFaultsWindow::framesThatDeclareNonsense()
             QVERIFY2(record < records.size(), declared.name);
             const TestRecord read = TestRecord::read(records.at(record++));
             QCOMPARE(read.problem, QString());
-            QVERIFY2(read.rows.size() >= (declared.width == 16384 ? 4 : 60),
+            QVERIFY2(read.rows.size() >= (declared.width == 16384 ? 2 : 10),
                      (declared.name + ' ' + QByteArray::number(read.rows.size())).constData());
             for (const TestRecordRow &row : read.rows) {
                 QCOMPARE(row.sourceName, declared.name);
@@ -233,18 +233,20 @@ void TestFaultsWindow::framesThatDeclareNonsense()
 /// All of them at once, in MULTIPLE.
 void TestFaultsWindow::faultsInTheMiddle()
 {
-    // A source's clock starts when the window asks for its format; the test begins a moment later.
+    // A source's clock starts when the window asks for its format. The test has all the time that a busy machine may
+    // take to begin before the first of them does anything.
+    constexpr int measuredUntilFrame = 19 * 50;
     const QByteArrayList sources{
         fifty("STEADY", ""),
-        fifty("AWAY", R"("events":[{"kind":"vanish","atMs":5000,"ms":3000}])"),
-        fifty("GONE", R"("endMs":5000)"),
-        fifty("OTHER SIZE", R"("events":[{"kind":"vanish","atMs":5000,"ms":2000},)"
-                            R"({"kind":"size","atMs":6000,"width":1280,"height":720}])"),
-        fifty("ERROR", R"("events":[{"kind":"error","atMs":5000}])"),
+        fifty("AWAY", R"("events":[{"kind":"vanish","atMs":15000,"ms":3000}])"),
+        fifty("GONE", R"("endMs":15000)"),
+        fifty("OTHER SIZE", R"("events":[{"kind":"vanish","atMs":15000,"ms":2000},)"
+                            R"({"kind":"size","atMs":16000,"width":1280,"height":720}])"),
+        fifty("ERROR", R"("events":[{"kind":"error","atMs":15000}])"),
         fifty("SILENT", R"("startMs":3600000)"),
-        source("SLOWS DOWN", R"("rateN":60,"rateD":1,"events":[{"kind":"rate","atMs":5000,"rateN":25,"rateD":1}])"),
-        fifty("UNKNOWN", R"("events":[{"kind":"unknown","atMs":4500,"value":4711},{"kind":"unknown","atMs":4900,)"
-                         R"("value":-1},{"kind":"unknown","atMs":5300,"value":107},{"kind":"status","atMs":5700}])")};
+        source("SLOWS DOWN", R"("rateN":60,"rateD":1,"events":[{"kind":"rate","atMs":15000,"rateN":25,"rateD":1}])"),
+        fifty("UNKNOWN", R"("events":[{"kind":"unknown","atMs":14500,"value":4711},{"kind":"unknown","atMs":14900,)"
+                         R"("value":-1},{"kind":"unknown","atMs":15300,"value":107},{"kind":"status","atMs":15700}])")};
     DrivenWindow window;
     window.setScenario(scenario(sources));
     window.start();
@@ -252,7 +254,12 @@ void TestFaultsWindow::faultsInTheMiddle()
     window.chooseAllSources();
     window.startOrStop();
     QVERIFY2(window.hasStarted("multiple, 8 receivers"), window.account());
-    QTest::qWait(9500); // what happens to the sources happens by the clock
+    const auto isMeasured = [&window] {
+        const auto steady = receiversOf(loopback::readTruth(window.truthPath().toStdString()), 0);
+        return steady.size() == 2 && !steady.at(1).frames.isEmpty()
+               && steady.at(1).frames.last().number >= measuredUntilFrame;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(isMeasured(), 40000);
     const qint64 endNs = DrivenWindow::steadyNs();
     window.startOrStop();
     QVERIFY2(window.hasEnded(), window.account());
@@ -276,15 +283,14 @@ void TestFaultsWindow::faultsInTheMiddle()
     }
     const auto lastMs = [&rows](const char *name) { return rows.at(name).last().timeMs; };
     const int endMs = lastMs("STEADY");
-    QVERIFY(endMs > 8500);
-    QCOMPARE(longIntervals(rows.at("AWAY"), 2900), 1);
-    QVERIFY(lastMs("AWAY") > endMs - 500);
-    QVERIFY(lastMs("GONE") > 1000 && lastMs("GONE") < 5500);
-    QVERIFY(lastMs("ERROR") > 1000 && lastMs("ERROR") < 5500);
+    QCOMPARE(longIntervals(rows.at("AWAY"), 2000), 1);
+    QVERIFY(lastMs("AWAY") > endMs - 1000);
+    QVERIFY(lastMs("GONE") < endMs - 2500);
+    QVERIFY(lastMs("ERROR") < endMs - 2500);
     QVERIFY(rows.find("SILENT") == rows.end());
     bool isBack = false;
     for (const TestRecordRow &row : rows.at("OTHER SIZE")) {
-        isBack = isBack || row.intervalMs >= 1900;
+        isBack = isBack || row.intervalMs >= 1000;
         QCOMPARE(row.width, isBack ? 1280 : 640);
     }
     QVERIFY(isBack);
@@ -292,23 +298,29 @@ void TestFaultsWindow::faultsInTheMiddle()
     QCOMPARE(rows.at("SLOWS DOWN").last().defaultFps, 25.0);
     const double rate = medianRate(rows.at("SLOWS DOWN"), 25);
     QVERIFY2(qAbs(rate - 25.0) < 1.5, qPrintable(QString::number(rate)));
-    QVERIFY(lastMs("UNKNOWN") > endMs - 500);
+    QVERIFY(lastMs("UNKNOWN") > endMs - 1000);
 }
 
 /// In SINGLE, with its first frame and in the middle: the other receiver goes on until the test is stopped.
 void TestFaultsWindow::errorOnOneReceiver()
 {
-    // Receiver 0 asks for the format.
-    const QByteArray error = R"("events":[{"kind":"error","atMs":6000,"receiver":1}])";
+    // Receiver 0 asks for the format. A test that is late to begin meets the next error; there is none after the first.
+    const auto errors = [](std::initializer_list<int> timesMs) {
+        QByteArrayList events;
+        for (const int timeMs : timesMs)
+            events.append(R"({"kind":"error","receiver":1,"atMs":)" + QByteArray::number(timeMs) + "}");
+        return QByteArray(R"("events":[)" + events.join(',') + "]");
+    };
     constexpr int framesAfterwards = 75;
     DrivenWindow first;
-    first.setScenario(scenario({fifty("LATE", R"("startMs":7500,)" + error)}));
+    first.setScenario(scenario({fifty("LATE", R"("startMs":15500,)" + errors({6000, 14000}))}));
     DrivenWindow middle;
-    middle.setScenario(scenario({fifty("STAGE", error)}));
+    middle.setScenario(scenario({fifty("STAGE", errors({6000, 14000, 22000, 30000}))}));
     for (DrivenWindow *window : {&first, &middle})
         window->start();
-    for (DrivenWindow *window : {&first, &middle}) {
+    for (DrivenWindow *window : {&first, &middle}) // both, before either has a key
         QVERIFY2(window->isOpen(1), window->account());
+    for (DrivenWindow *window : {&first, &middle}) {
         window->chooseTwoReceivers();
         window->startOrStop();
     }
@@ -325,7 +337,7 @@ void TestFaultsWindow::errorOnOneReceiver()
             }
             return frames >= framesAfterwards;
         };
-        QTRY_VERIFY_WITH_TIMEOUT(goesOn(), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(goesOn(), 40000);
     }
     for (DrivenWindow *window : {&first, &middle}) {
         QCOMPARE(window->saidSoFar("vexa.window: test ended"), 0);
@@ -347,32 +359,38 @@ void TestFaultsWindow::errorOnOneReceiver()
         if (window == &first)
             QVERIFY(record.rowsOf(failed).isEmpty());
         else
-            QVERIFY(record.rowsOf(failed).size() > 50);
+            QVERIFY(!record.rowsOf(failed).isEmpty());
     }
 }
 
 /// The window must be ready for the next test without being told.
 void TestFaultsWindow::errorsOnAllReceivers()
 {
+    // A test that is late to begin ends with the next error. After the first one the one without frames has time for a
+    // test that is stopped by hand.
+    constexpr int errorMs = 40000; // by then there has been one for any test
     DrivenWindow first;
-    first.setScenario(scenario({fifty("NEVER", R"("startMs":3600000,"events":[{"kind":"error","atMs":5000}])")}));
+    first.setScenario(scenario({fifty("NEVER", R"("startMs":3600000,"events":[{"kind":"error","atMs":8000},)"
+                                               R"({"kind":"error","atMs":30000}])")}));
     DrivenWindow middle;
     QByteArrayList three;
     for (const char *name : {"ONE", "TWO", "THREE"})
-        three.append(fifty(name, R"("events":[{"kind":"error","atMs":5000},{"kind":"error","atMs":9000}])"));
+        three.append(fifty(name, R"("events":[{"kind":"error","atMs":8000},{"kind":"error","atMs":16000},)"
+                                 R"({"kind":"error","atMs":24000},{"kind":"error","atMs":32000},)"
+                                 R"({"kind":"error","atMs":40000},{"kind":"error","atMs":48000}])"));
     middle.setScenario(scenario(three));
     first.start();
     middle.start();
     QVERIFY2(first.isOpen(1), first.account());
+    QVERIFY2(middle.isOpen(3), middle.account());
     first.chooseTwoReceivers();
     first.startOrStop();
-    QVERIFY2(middle.isOpen(3), middle.account());
     middle.chooseAllSources();
     middle.startOrStop();
     QVERIFY2(first.hasStarted("single, 2 receivers"), first.account());
     QVERIFY2(middle.hasStarted("multiple, 3 receivers"), middle.account());
-    QVERIFY2(first.hasEnded(), first.account());
-    QVERIFY2(middle.hasEnded(), middle.account());
+    QVERIFY2(first.hasSaid("vexa.window: test ended: ", 1, errorMs), first.account());
+    QVERIFY2(middle.hasSaid("vexa.window: test ended: ", 1, errorMs), middle.account());
     QVERIFY(first.records().isEmpty()); // nothing was measured
     // The controls are free again: another mode can be chosen.
     using Key = DrivenWindow::Key;
@@ -385,7 +403,7 @@ void TestFaultsWindow::errorsOnAllReceivers()
     // Another one ends in the same way.
     middle.startOrStop();
     QVERIFY2(middle.hasStarted("multiple, 3 receivers", 2), middle.account());
-    QVERIFY2(middle.hasEnded(2), middle.account());
+    QVERIFY2(middle.hasSaid("vexa.window: test ended: ", 2, errorMs), middle.account());
     QVERIFY2(first.closes(), first.account());
     QVERIFY2(middle.closes(), middle.account());
     const QStringList records = middle.records();
@@ -401,7 +419,7 @@ void TestFaultsWindow::errorsOnAllReceivers()
             QCOMPARE(receivers.size(), 3);
             QCOMPARE(everyFrameIsARow(record.rowsOf(i + 1), receivers.at(run + 1), DrivenWindow::steadyNs()),
                      QString());
-            QVERIFY(record.rowsOf(i + 1).size() > 50);
+            QVERIFY(!record.rowsOf(i + 1).isEmpty());
         }
     }
 }
