@@ -23,6 +23,7 @@ constexpr int stallMs = 5000;
 constexpr int framesDuringStall = stallMs / 1000 * 50;
 constexpr int busyMs = 150; ///< what the machine may be late
 constexpr int lateMs = 500; ///< what the window may still have to take up when it is told to stop
+constexpr int lateFrames = 20;
 
 } // namespace
 
@@ -85,6 +86,18 @@ void TestFaultsWindowThread::stalledForFiveSeconds()
     QThread::msleep(stallMs); // on purpose
     QTRY_VERIFY_WITH_TIMEOUT(ui().fpsPlot->plainPoints(0).size() > framesDuringStall + 100, 20000);
     QTRY_VERIFY_WITH_TIMEOUT(ui().fpsPlot->paints() > paintsBefore + 3, 20000); // the charts are alive
+    const auto hasCaughtUp = [this] {
+        const auto events = truth();
+        const QVector<ReceiverTruth> handedOver = truthOfReceivers(events).mid(sourceCount);
+        for (int receiver = 0; receiver < receiverCount; ++receiver) {
+            for (const ReceiverTruth &one : handedOver) {
+                if (int(ui().fpsPlot->plainPoints(receiver).size()) < one.frames.size() - lateFrames)
+                    return false;
+            }
+        }
+        return true;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(hasCaughtUp(), 20000);
     const qint64 endNs =
         std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
             .count();
