@@ -1,8 +1,11 @@
 #include "tests/support/programrun.h"
 #include "tests/support/testbase.h"
 #include "tests/support/testrecord.h"
+#include "tests/support/truthwait.h"
 
 #include <QtTest>
+
+#include <csignal>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -20,6 +23,13 @@ void startThroughShell(ProgramRun *run, const char *line)
     run->startThrough(QStringLiteral("bash"),
                       {QStringLiteral("-c"), QString::fromLatin1(line), QStringLiteral("shell")});
     run->start();
+}
+
+/// Waits until the runtime has given out 400 frames more: half a second of a test with eight receivers.
+bool waitForMoreVideo(const ProgramRun &run)
+{
+    const auto soFar = loopback::countTruth(loopback::readTruth(run.truthPath().toStdString()), "video");
+    return waitForTruth(run.truthPath(), "video", int(soFar) + 400);
 }
 
 } // namespace
@@ -42,7 +52,16 @@ private slots:
 void TestConsoleLinux::aReaderThatGoesAwayChangesNothing()
 {
     ProgramRun run(eightReceivers);
-    startThroughShell(&run, "timeout --preserve-status -s INT 4 \"$@\" | head -c 5; exit ${PIPESTATUS[0]}");
+    run.keepTruth();
+    startThroughShell(&run, "(echo $BASHPID >program.pid; exec \"$@\") | (head -c 5; exec <&-; : >reader.gone);"
+                            "exit ${PIPESTATUS[0]}");
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(run.folder() + QLatin1String("/reader.gone")), 30000);
+    QVERIFY2(waitForMoreVideo(run), run.account());
+    QFile idFile(run.folder() + QLatin1String("/program.pid"));
+    QVERIFY(idFile.open(QIODevice::ReadOnly));
+    const pid_t program = idFile.readAll().trimmed().toInt();
+    QVERIFY(program > 1);
+    QCOMPARE(kill(program, SIGINT), 0);
     QVERIFY2(run.waitForFinished(), run.account());
     QVERIFY2(run.endedWith(1), run.account());
     QVERIFY(TestRecord::read(run.recordPath()).rows.size() > 100);
@@ -51,7 +70,10 @@ void TestConsoleLinux::aReaderThatGoesAwayChangesNothing()
 void TestConsoleLinux::closedStreamsAreNoHarm()
 {
     ProgramRun run(eightReceivers);
-    startThroughShell(&run, "exec timeout --foreground --preserve-status -s INT 4 \"$@\" <&- >&- 2>&-");
+    run.keepTruth();
+    startThroughShell(&run, "exec \"$@\" <&- >&- 2>&-");
+    QVERIFY2(waitForMoreVideo(run), run.account());
+    run.interrupt(Interrupt::Interrupt);
     QVERIFY2(run.waitForFinished(), run.account());
     QVERIFY2(run.endedWith(1), run.account());
     const QDir records(run.home() + QLatin1String("/Documents/Tessaly/Vexa"));
@@ -65,7 +87,10 @@ void TestConsoleLinux::closedStreamsAreNoHarm()
 void TestConsoleLinux::outputThatFailsIsNoHarm()
 {
     ProgramRun run(eightReceivers);
-    startThroughShell(&run, "timeout --preserve-status -s INT 4 \"$@\" >/dev/full");
+    run.keepTruth();
+    startThroughShell(&run, "exec \"$@\" >/dev/full");
+    QVERIFY2(waitForMoreVideo(run), run.account());
+    run.interrupt(Interrupt::Interrupt);
     QVERIFY2(run.waitForFinished(), run.account());
     QVERIFY2(run.endedWith(1), run.account());
     QVERIFY(TestRecord::read(run.recordPath()).rows.size() > 100);
@@ -128,9 +153,10 @@ void TestConsoleLinux::aSecondInterruptEndsAtOnce()
     QCOMPARE(fcntl(ends[1], F_SETFL, 0), 0);
     ProgramRun run(eightReceivers);
     run.process().setStandardOutputFile(QStringLiteral("/proc/self/fd/%1").arg(ends[1]), QIODevice::Append);
+    run.keepTruth();
     run.start();
     QVERIFY2(run.waitForError("Start Testing..."), run.account());
-    QVERIFY2(!run.waitForFinished(500), run.account());
+    QVERIFY2(waitForMoreVideo(run), run.account());
     run.interrupt(Interrupt::Interrupt);
     QVERIFY2(!run.waitForFinished(500), run.account());
     run.interrupt(Interrupt::Terminate);
