@@ -216,7 +216,7 @@ void TestNdiWindowStates::allReceiversOfSeveralSourcesFail()
 
 void TestNdiWindowStates::samplesWithoutTime()
 {
-    WindowCase test(1, 400, true);
+    WindowCase test(1, 2000, true);
     QVERIFY(test.isReady(1));
     test.choose(test.ui().analysisOption);
     test.press();
@@ -229,7 +229,7 @@ void TestNdiWindowStates::samplesWithoutTime()
             test.window->gotVideoDataRate(QTime(), 6.5);
     });
     samples.start(20);
-    QTRY_VERIFY_WITH_TIMEOUT(test.isIdle(), 3000);
+    QTRY_VERIFY_WITH_TIMEOUT(test.isIdle(), 10000);
     QVERIFY(rates.count() > 2);
     QCOMPARE(rates.takeFirst(), (QVariantList{0, 0, 6.5}));
 }
@@ -280,7 +280,7 @@ void TestNdiWindowStates::closing()
     QCOMPARE(closed.count(), 1);
     QCOMPARE(QFile::exists(recordPath()), recorded);
     test.window.reset();
-    QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(test.ndi.counts().created, test.ndi.counts().destroyed);
     QCOMPARE(test.ndi.counts().findersCreated, test.ndi.counts().findersDestroyed);
     QCOMPARE(test.ndi.counts().libraryLeft, 1);

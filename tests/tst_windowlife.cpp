@@ -88,7 +88,7 @@ void TestWindowLife::opensItsWindowAndEndsWithIt()
     QVERIFY2(window, run.account());
     QVERIFY(window->place.width() >= 1200);
     windowdriver::close(*window);
-    QVERIFY2(run.waitForFinished(10000), run.account());
+    QVERIFY2(run.waitForFinished(), run.account());
     QVERIFY2(run.endedWith(0), run.account());
 }
 
@@ -101,7 +101,7 @@ void TestWindowLife::endsOnATerminationRequest()
     run.start();
     QVERIFY2(run.window(mainTitle), run.account());
     run.interrupt(ProgramRun::Interrupt::Terminate);
-    QVERIFY2(run.waitForFinished(10000), run.account());
+    QVERIFY2(run.waitForFinished(), run.account());
     QVERIFY2(run.endedWith(0), run.account());
 }
 
@@ -172,7 +172,7 @@ void TestWindowLife::withoutRuntimeItOffersReports()
     const auto window = run.window(mainTitle);
     QVERIFY2(window, run.account());
     windowdriver::close(*window);
-    QVERIFY2(run.waitForFinished(10000), run.account());
+    QVERIFY2(run.waitForFinished(), run.account());
     QVERIFY2(run.endedWith(0), run.account());
     QVERIFY2(!run.standardError().contains("CPU"), run.account());
 }
@@ -245,7 +245,7 @@ void TestWindowLife::aKilledTestIsRecovered()
     const auto window = run.window(mainTitle);
     QVERIFY2(window, run.account());
     windowdriver::close(*window);
-    QVERIFY2(run.waitForFinished(10000), run.account());
+    QVERIFY2(run.waitForFinished(), run.account());
     QVERIFY2(run.endedWith(0), run.account());
 }
 

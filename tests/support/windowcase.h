@@ -62,8 +62,8 @@ public:
         lists.append(namesOf(sources));
         ndi.setSourceLists(lists);
         ndi.setScript({errorFrame}); // for the probes of the formats
-        // As fast as a real runtime at most: a receiver must not take a whole core.
-        ndi.setOnCapture([](int) { std::this_thread::sleep_for(std::chrono::milliseconds(2)); });
+        // About 60 frames a second, as a real source has: the window must keep up with a dozen receivers.
+        ndi.setOnCapture([](int) { std::this_thread::sleep_for(std::chrono::milliseconds(16)); });
         NDIWindowParts parts;
         parts.minuteMs = minuteMs;
         parts.analysisToolThere = [toolThere] { return toolThere; };
