@@ -29,6 +29,8 @@ QByteArray contents(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+constexpr int beginsOf = 8; ///< one of so many is killed at a time after its start, not after its test's beginning
+
 /// The driver, and when it is killed.
 struct Victim {
     QProcess process;
@@ -104,11 +106,17 @@ void TestJournalKill::startVictim()
     auto owned = std::make_unique<Victim>();
     Victim *const victim = owned.get();
     m_victims.push_back(std::move(owned));
+    const bool fromItsStart = m_started % beginsOf == 0;
     victim->truthPath = m_home.filePath(QStringLiteral("truth%1").arg(m_started++));
     victim->killMs = std::uniform_int_distribution<int>(0, 2000)(m_random);
-    connect(&victim->process, &QProcess::started, this, [victim] {
+    connect(&victim->process, &QProcess::started, this, [victim, fromItsStart] {
         victim->processId = victim->process.processId();
-        victim->timer.start(victim->killMs);
+        if (fromItsStart)
+            victim->timer.start(victim->killMs);
+    });
+    connect(&victim->process, &QProcess::readyReadStandardOutput, this, [victim, fromItsStart] {
+        if (!fromItsStart)
+            victim->timer.start(victim->killMs);
     });
     victim->timer.setSingleShot(true);
     victim->timer.setTimerType(Qt::PreciseTimer);

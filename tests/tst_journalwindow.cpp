@@ -6,6 +6,7 @@
 #include "tests/support/killedtest.h"
 #include "tests/support/testbase.h"
 #include "tests/support/testhome.h"
+#include "tests/support/truthwait.h"
 #include "ui_ndiwindow.h"
 
 #include <QApplication>
@@ -68,18 +69,18 @@ void TestJournalWindow::killed_data()
 {
     QTest::addColumn<int>("stallAfter");
     QTest::addColumn<int>("dots");
-    QTest::addColumn<int>("moreMs"); ///< after so many dots
+    QTest::addColumn<int>("frames"); ///< that the receivers have had by then
     QTest::newRow("at work") << 1000000 << 150 << 0;
-    QTest::newRow("at work, later") << 1000000 << 400 << 100;
-    QTest::newRow("its thread stuck") << 50 << 50 << 2500;
+    QTest::newRow("at work, later") << 1000000 << 400 << 425;
+    QTest::newRow("its thread stuck") << 50 << 50 << 700; // more than two seconds of them
 }
 
 void TestJournalWindow::killed()
 {
     QFETCH(int, stallAfter);
     QFETCH(int, dots);
-    QFETCH(int, moreMs);
-    const QString truthPath = m_home.filePath(QStringLiteral("truth%1").arg(moreMs));
+    QFETCH(int, frames);
+    const QString truthPath = m_home.filePath(QStringLiteral("truth%1").arg(dots));
     QFile scenario(m_home.filePath(QStringLiteral("scenario.json")));
     QVERIFY(scenario.open(QIODevice::WriteOnly));
     scenario.write(R"({"discoveryMs": 0, "sources": [{"name": "CAM", "width": 320, "height": 180,)"
@@ -100,7 +101,7 @@ void TestJournalWindow::killed()
         return output.count('.');
     };
     QTRY_VERIFY_WITH_TIMEOUT(read() >= dots || victim.state() == QProcess::NotRunning, 60000);
-    QTest::qWait(moreMs); // the receivers go on
+    QVERIFY(waitForTruth(truthPath, "video", frames)); // the receivers go on
     QCOMPARE(victim.state(), QProcess::Running);
     victim.kill();
     QVERIFY(victim.waitForFinished());
@@ -111,7 +112,7 @@ void TestJournalWindow::killed()
     QFile::remove(recovered.first().recordPath);
     QCOMPARE(problemOfKilledTest(record, truthPath, receiverCount), QString());
     QCOMPARE(record.rows.first().sourceName, QByteArray("CAM"));
-    if (moreMs > 2000) // what stood in the queue of the stuck thread
+    if (stallAfter == dots) // what stood in the queue of the stuck thread
         QVERIFY(record.rows.size() > dots + receiverCount * 60);
 }
 

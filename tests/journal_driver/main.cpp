@@ -1,11 +1,13 @@
 // A test as the receivers feed it, to be killed: eight threads of 60 rows a second. Each row that was handed
-// over is then written to the file that is the first argument; the journal is where the environment says.
+// over is then written to the file that is the first argument; the journal is where the environment says. A dot on
+// standard output tells that the test has begun.
 #include "app/testrecorder.h"
 
 #include <QCoreApplication>
 #include <QFile>
 
 #include <chrono>
+#include <cstdio>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -27,6 +29,8 @@ int main(int argc, char *argv[])
     std::mutex mutex; // guards truth
     TestRecorder recorder;
     recorder.begin({QStringLiteral("KILLED, 1"), QString::fromUtf8("B\xc3\xbchne")});
+    std::fputc('.', stdout);
+    std::fflush(stdout);
     const auto begin = std::chrono::steady_clock::now();
     std::vector<std::thread> threads;
     for (int receiver = 0; receiver < receivers; ++receiver) {
