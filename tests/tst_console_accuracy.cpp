@@ -1,6 +1,6 @@
 #include "tests/support/programrun.h"
 #include "tests/support/testbase.h"
-#include "tests/support/truthcheck.h"
+#include "tests/support/truthpairing.h"
 
 #include <QtTest>
 
@@ -33,7 +33,7 @@ void TestConsoleAccuracy::eightReceiversLoseNothing()
     const QVector<ReceiverTruth> truth = truthOfReceivers(events);
     QCOMPARE(truth.size(), receivers);
     QVector<int> pairing;
-    QCOMPARE(pairWithTruth(record, truth, 1, &pairing), QString());
+    QCOMPARE(pairNearTruth(record, truth, Nearness{1, 50, 1000}, &pairing), QString());
     for (int receiver = 1; receiver <= receivers; ++receiver) {
         const QVector<TestRecordRow> rows = record.rowsOf(receiver);
         const ReceiverTruth &handedOver = truth.at(pairing.at(receiver - 1));
@@ -44,10 +44,11 @@ void TestConsoleAccuracy::eightReceiversLoseNothing()
             QCOMPARE(row.height, 1080);
             QCOMPARE(row.defaultFps, 59.0);
         }
-        // A minute at 60000/1001 frames a second, less what connecting takes.
-        QVERIFY2(rows.size() >= 3590 && rows.size() <= 3600, qPrintable(QString::number(rows.size())));
         const int firstFrame = int(handedOver.frames.first().number);
-        QVERIFY2(firstFrame <= 2, qPrintable(QString::number(firstFrame))); // a receiver may connect a moment late
+        QVERIFY2(firstFrame <= 30, qPrintable(QString::number(firstFrame))); // a receiver may connect a moment late
+        // A minute at 60000/1001 frames a second, less what connecting takes; its end may come a second late.
+        QVERIFY2(rows.size() >= 3600 - firstFrame - 10 && rows.size() <= 3660,
+                 qPrintable(QString::number(rows.size())));
         for (int frame = 0; frame < handedOver.frames.size(); ++frame)
             QCOMPARE(int(handedOver.frames.at(frame).number), firstFrame + frame);
         // What was handed over without a row came after the minute.
