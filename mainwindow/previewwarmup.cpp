@@ -16,6 +16,7 @@ namespace {
 constexpr int startMs = 400; ///< the window paints itself first
 constexpr int stepMs = 50;   ///< for whatever else waits
 constexpr int mostStarts = 25;
+constexpr int drawings = 3;         ///< a first one is not like the later ones
 constexpr int drawnWithinMs = 2000; ///< a window of its own waits for the window system first
 
 /// The pixels that the window has there. Of three by three: of sizes that are powers of two OpenGL makes a special
@@ -105,7 +106,7 @@ void PreviewWarmUp::next()
         drawUnseen();
         return;
     case Step::end:
-        end(m_wasDrawn);
+        end(m_leftToDraw <= 0);
         return;
     }
     m_timer.start(stepMs);
@@ -119,10 +120,12 @@ void PreviewWarmUp::drawUnseen()
     if (giveOwnWindow(patch)) {
         // A window of its own is drawn only where it is on the screen.
         patch->cover(window->rect().center());
-        m_wasDrawn = false;
-        connect(patch, &QOpenGLWidget::frameSwapped, this, [this] {
-            m_wasDrawn = true;
-            m_timer.start(0);
+        m_leftToDraw = drawings;
+        connect(patch, &QOpenGLWidget::frameSwapped, this, [this, patch] {
+            if (--m_leftToDraw > 0)
+                patch->update();
+            else
+                m_timer.start(0);
         });
         m_timer.start(drawnWithinMs);
     } else {

@@ -41,7 +41,7 @@ private:
     std::function<bool()> m_isBusy;
     Step m_step = Step::preview;
     int m_starts = 0;
-    bool m_wasDrawn = true;
+    int m_leftToDraw = 0;
     QTimer m_timer;
     QPointer<QOpenGLWidget> m_unseen; ///< makes Qt draw with OpenGL; the window may take it with it
 };
