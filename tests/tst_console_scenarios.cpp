@@ -22,7 +22,7 @@ struct Scenario {
 
 QByteArray oneSource(const QByteArray &more)
 {
-    return "{\"sources\":[{\"name\":\"STAGE\",\"width\":640,\"height\":360," + more + "}]}";
+    return "{\"queueFrames\":100,\"sources\":[{\"name\":\"STAGE\",\"width\":640,\"height\":360," + more + "}]}";
 }
 
 /// Milliseconds by which a row's interval differs from that of the frames that were handed over.
