@@ -538,7 +538,7 @@ void TestNdiWindow::closing()
     QElapsedTimer clock;
     clock.start();
     test.window->requestClose();
-    test.window->requestClose(); // once is enough
+    test.window->requestClose();                                                    // once is enough
     QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed()))); // a promise
     QCOMPARE(closed.count(), 1);
     if (frames.count() > 0) {
