@@ -34,7 +34,8 @@ double DrmClients::readClients(qint64 nowNs)
 {
     double percent = 0.0;
     const auto update = [&percent, nowNs](Client &client) {
-        const std::optional<DrmUsage> usage = parseDrmUsage(readStartOfFile(QFile::decodeName(client.path), enoughBytes));
+        const std::optional<DrmUsage> usage =
+            parseDrmUsage(readStartOfFile(QFile::decodeName(client.path), enoughBytes));
         // Another user under the same number: the process ended, or opened something else.
         if (!usage || usage->clientId != client.usage.clientId || usage->adapter != client.usage.adapter)
             return false;
