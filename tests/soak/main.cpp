@@ -61,18 +61,15 @@ public:
     double takeLatestMs() { return m_latestMs.exchange(0.0); }
 
 private:
-    void run()
-    {
+    std::atomic<bool> m_ends{false};
+    std::atomic<double> m_latestMs{0.0};
+    std::thread m_thread{[this] {
         while (!m_ends) {
             const qint64 dueNs = steadyNs() + 5000000;
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
             m_latestMs = std::max(m_latestMs.load(), static_cast<double>(steadyNs() - dueNs) * 1e-6);
         }
-    }
-
-    std::atomic<bool> m_ends{false};
-    std::atomic<double> m_latestMs{0.0};
-    std::thread m_thread{&IdleThread::run, this};
+    }};
 };
 
 struct SoakedTest {
