@@ -18,6 +18,8 @@ elseif(breakpad_found AND WIN32)
     "${breakpad_src}/client/windows/handler/exception_handler.cc"
     "${breakpad_src}/common/windows/guid_string.cc")
   target_compile_definitions(breakpad_client PUBLIC UNICODE _UNICODE _WIN32_WINNT=0x0A00)
+  # The thread of a writer that goes is asked to end. To terminate it may leave the loader's lock taken for ever.
+  target_compile_definitions(breakpad_client PRIVATE BREAKPAD_NO_TERMINATE_THREAD)
 elseif(breakpad_found AND CMAKE_SYSTEM_NAME STREQUAL "Linux" AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|amd64|AMD64")
   set(breakpad_used ON)
   set(breakpad_client_sources

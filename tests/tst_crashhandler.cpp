@@ -24,6 +24,7 @@ private slots:
     void pathIsCleaned();
     void relativePathStandsUnderTheProgram();
     void secondFolderTakesThePlaceOfTheFirst();
+    void foldersOneAfterAnother();
     void fileInTheWayChangesNothing();
     void folderThatCannotBeMadeChangesNothing();
     void nothingIsSentFromAnEmptyFolder();
@@ -102,6 +103,14 @@ void TestCrashHandler::secondFolderTakesThePlaceOfTheFirst()
     handler().setDumpPath(path("second"));
     QCOMPARE(handler().dumpPath(), path("second"));
     QVERIFY(QDir(path("first")).exists());
+}
+
+/// Each folder has a writer with a thread of its own; the one before must be gone without leaving a lock behind.
+void TestCrashHandler::foldersOneAfterAnother()
+{
+    for (int i = 0; i < 300; ++i)
+        handler().setDumpPath(path(i % 2 == 0 ? "first" : "second"));
+    QCOMPARE(handler().dumpPath(), path("second"));
 }
 
 void TestCrashHandler::fileInTheWayChangesNothing()
