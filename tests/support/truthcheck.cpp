@@ -1,26 +1,9 @@
 #include "tests/support/truthcheck.h"
 
-#include <algorithm>
+#include "tests/support/truthpairing.h"
+
 #include <cmath>
 #include <deque>
-#include <numeric>
-
-namespace {
-
-/// What does not fit between a receiver's rows and a receiver's frames, or nothing.
-QString misfit(const QVector<TestRecordRow> &rows, const ReceiverTruth &truth, int toleranceMs)
-{
-    if (rows.size() > truth.frames.size())
-        return QStringLiteral("%1 rows of %2 frames").arg(rows.size()).arg(truth.frames.size());
-    for (int i = 0; i < rows.size(); ++i) {
-        const int trueMs = truth.timeMs(i);
-        if (std::abs(rows.at(i).timeMs - trueMs) > toleranceMs)
-            return QStringLiteral("row %1 says %2 ms, it was %3 ms").arg(i).arg(rows.at(i).timeMs).arg(trueMs);
-    }
-    return {};
-}
-
-} // namespace
 
 QVector<ReceiverTruth> truthOfReceivers(const std::vector<loopback::TruthRecord> &records)
 {
@@ -42,30 +25,7 @@ QVector<ReceiverTruth> truthOfReceivers(const std::vector<loopback::TruthRecord>
 QString pairWithTruth(const TestRecord &record, const QVector<ReceiverTruth> &truth, int toleranceMs,
                       QVector<int> *pairing)
 {
-    const int count = truth.size();
-    QVector<QVector<bool>> fits(count, QVector<bool>(count, false));
-    QString firstMisfit;
-    for (int receiver = 0; receiver < count; ++receiver) {
-        const QVector<TestRecordRow> rows = record.rowsOf(receiver + 1);
-        for (int candidate = 0; candidate < count; ++candidate) {
-            const QString wrong = misfit(rows, truth.at(candidate), toleranceMs);
-            fits[receiver][candidate] = wrong.isEmpty();
-            if (firstMisfit.isEmpty())
-                firstMisfit = wrong;
-        }
-    }
-    QVector<int> order(count);
-    std::iota(order.begin(), order.end(), 0);
-    do {
-        bool all = true;
-        for (int receiver = 0; receiver < count && all; ++receiver)
-            all = fits.at(receiver).at(order.at(receiver));
-        if (all) {
-            *pairing = order;
-            return {};
-        }
-    } while (std::next_permutation(order.begin(), order.end()));
-    return QStringLiteral("the rows are not those of the frames; one pairing: ") + firstMisfit;
+    return pairNearTruth(record, truth, {toleranceMs, toleranceMs}, pairing);
 }
 
 int expectedIntervalMs(const QVector<TestRecordRow> &rows, int row)
