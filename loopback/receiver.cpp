@@ -39,6 +39,8 @@ bool Receiver::isSubscribed(std::int32_t type) const
 std::int32_t Receiver::capture(NDIlib_video_frame_v2_t *video, NDIlib_audio_frame_v2_t *audio,
                                NDIlib_metadata_frame_t *metadata, std::uint32_t timeoutMs)
 {
+    if (!m_asked.exchange(true, std::memory_order_relaxed))
+        m_truth.write("ask", ordinal(), 0, "");
     const std::int64_t deadlineNs = steadyNowNs() + std::int64_t{timeoutMs} * 1'000'000;
     std::optional<QueueItem> item;
     {

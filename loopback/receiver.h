@@ -4,6 +4,7 @@
 #include "loopback/truthlog.h"
 #include "ndi/nditypes.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -70,6 +71,7 @@ private:
 
     const Settings m_settings;
     TruthLog &m_truth;
+    std::atomic<bool> m_asked{false}; ///< a capture was begun
     std::mutex m_mutex;
     std::condition_variable m_arrived;
     // all below guarded by m_mutex

@@ -1,6 +1,6 @@
 #include "tests/support/programrun.h"
 #include "tests/support/testbase.h"
-#include "tests/support/truthpairing.h"
+#include "tests/support/truthcheck.h"
 
 #include <QtTest>
 
@@ -17,6 +17,9 @@ void TestConsoleAccuracy::eightReceiversLoseNothing()
     constexpr int receivers = 8;
     ProgramRun run({QStringLiteral("-test"), QStringLiteral("LOOPBACK (1080p59.94)"), QStringLiteral("-receivers"),
                     QString::number(receivers)});
+    // A second of frames can wait: a machine that stands still for less loses none of them by itself.
+    run.setScenario(R"json({"queueFrames":60,"sources":[{"name":"LOOPBACK (1080p59.94)",)json"
+                    R"json("width":1920,"height":1080,"rateN":60000,"rateD":1001}]})json");
     run.keepTruth();
     run.start();
     QVERIFY2(run.waitForFinished(100000), run.account());
@@ -33,11 +36,12 @@ void TestConsoleAccuracy::eightReceiversLoseNothing()
     const QVector<ReceiverTruth> truth = truthOfReceivers(events);
     QCOMPARE(truth.size(), receivers);
     QVector<int> pairing;
-    QCOMPARE(pairNearTruth(record, truth, Nearness{1, 50, 1000}, &pairing), QString());
+    QCOMPARE(pairWithTruth(record, truth, &pairing), QString());
     for (int receiver = 1; receiver <= receivers; ++receiver) {
         const QVector<TestRecordRow> rows = record.rowsOf(receiver);
         const ReceiverTruth &handedOver = truth.at(pairing.at(receiver - 1));
         QCOMPARE(checkRowsAmongThemselves(rows), QString());
+        QVERIFY2(medianHeldMs(handedOver) < 1, qPrintable(QString::number(medianHeldMs(handedOver))));
         for (const TestRecordRow &row : rows) {
             QCOMPARE(row.sourceName, QByteArray("LOOPBACK (1080p59.94)"));
             QCOMPARE(row.width, 1920);
@@ -45,15 +49,15 @@ void TestConsoleAccuracy::eightReceiversLoseNothing()
             QCOMPARE(row.defaultFps, 59.0);
         }
         const int firstFrame = int(handedOver.frames.first().number);
-        QVERIFY2(firstFrame <= 30, qPrintable(QString::number(firstFrame))); // a receiver may connect a moment late
+        QVERIFY2(firstFrame <= 60, qPrintable(QString::number(firstFrame))); // a receiver may connect a moment late
         // A minute at 60000/1001 frames a second, less what connecting takes; its end may come a second late.
-        QVERIFY2(rows.size() >= 3600 - firstFrame - 10 && rows.size() <= 3660,
+        QVERIFY2(rows.size() >= 3600 - firstFrame - 30 && rows.size() <= 3660,
                  qPrintable(QString::number(rows.size())));
         for (int frame = 0; frame < handedOver.frames.size(); ++frame)
             QCOMPARE(int(handedOver.frames.at(frame).number), firstFrame + frame);
         // What was handed over without a row came after the minute.
         for (int frame = rows.size(); frame < handedOver.frames.size(); ++frame)
-            QVERIFY2(handedOver.timeMs(frame) >= 59900, qPrintable(QString::number(handedOver.timeMs(frame))));
+            QVERIFY2(handedOver.timeMs(frame) >= 59500, qPrintable(QString::number(handedOver.timeMs(frame))));
     }
 }
 

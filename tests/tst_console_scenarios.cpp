@@ -1,6 +1,6 @@
 #include "tests/support/programrun.h"
 #include "tests/support/testbase.h"
-#include "tests/support/truthpairing.h"
+#include "tests/support/truthcheck.h"
 
 #include <QtTest>
 
@@ -9,8 +9,9 @@
 namespace {
 
 constexpr int receiverCount = 3;
-constexpr Nearness nearness{5, 50, 1000}; // all the scenarios share two cores
-constexpr int intervalToleranceMs = 10;   ///< a row's interval has two times
+constexpr int testMs = 60000;
+/// A receiver's clock may start so long after that of its test, with all the scenarios starting on two cores.
+constexpr int lateStartMs = 500;
 const QString sourceName = QStringLiteral("STAGE");
 
 struct Scenario {
@@ -23,12 +24,6 @@ struct Scenario {
 QByteArray oneSource(const QByteArray &more)
 {
     return "{\"queueFrames\":100,\"sources\":[{\"name\":\"STAGE\",\"width\":640,\"height\":360," + more + "}]}";
-}
-
-/// Milliseconds by which a row's interval differs from that of the frames that were handed over.
-int offMs(const ReceiverTruth &truth, const QVector<TestRecordRow> &rows, int row)
-{
-    return qAbs(rows.at(row).intervalMs - (truth.timeMs(row) - truth.timeMs(row - 1)));
 }
 
 /// The row at which a receiver's first frame at or after a number of the source stands.
@@ -117,8 +112,8 @@ ReceiverTruth TestConsoleScenarios::truthFor(const char *scenario, int receiver)
     const Scenario &which = m_scenarios.at(scenario);
     QVector<int> pairing;
     const QVector<ReceiverTruth> truth = truthOfReceivers(which.events);
-    return pairNearTruth(which.record, truth, nearness, &pairing).isEmpty() ? truth.at(pairing.at(receiver - 1))
-                                                                            : ReceiverTruth();
+    return pairWithTruth(which.record, truth, &pairing).isEmpty() ? truth.at(pairing.at(receiver - 1))
+                                                                  : ReceiverTruth();
 }
 
 void TestConsoleScenarios::everyRowIsAFrame_data()
@@ -139,7 +134,7 @@ void TestConsoleScenarios::everyRowIsAFrame()
     const QVector<ReceiverTruth> truth = truthOfReceivers(which.events);
     QCOMPARE(truth.size(), receiverCount);
     QVector<int> pairing;
-    QCOMPARE(pairNearTruth(which.record, truth, nearness, &pairing), QString());
+    QCOMPARE(pairWithTruth(which.record, truth, &pairing), QString());
     for (int receiver = 1; receiver <= receiverCount; ++receiver) {
         const QVector<TestRecordRow> itsRows = which.record.rowsOf(receiver);
         QVERIFY(itsRows.size() > 1000);
@@ -147,7 +142,8 @@ void TestConsoleScenarios::everyRowIsAFrame()
             QCOMPARE(checkRowsAmongThemselves(itsRows), QString());
         const ReceiverTruth &handedOver = truth.at(pairing.at(receiver - 1));
         for (int frame = itsRows.size(); frame < handedOver.frames.size(); ++frame)
-            QVERIFY2(handedOver.timeMs(frame) >= 59900, qPrintable(QString::number(handedOver.timeMs(frame))));
+            QVERIFY2(handedOver.timeMs(frame) >= testMs - lateStartMs,
+                     qPrintable(QString::number(handedOver.timeMs(frame))));
     }
 }
 
@@ -161,7 +157,6 @@ void TestConsoleScenarios::droppedFramesAreAGap()
         QCOMPARE(int(truth.frames.at(row).number), 530);
         const QVector<TestRecordRow> all = rows("drop", receiver);
         const int gapMs = all.at(row).intervalMs;
-        QVERIFY2(offMs(truth, all, row) <= intervalToleranceMs, qPrintable(QString::number(gapMs)));
         QVERIFY2(qAbs(gapMs - 31 * 20) <= 300, qPrintable(QString::number(gapMs))); // the frame before may be late
     }
 }
@@ -178,7 +173,6 @@ void TestConsoleScenarios::aStallIsOneLongInterval()
             if (gapMs < 1000)
                 continue;
             ++longIntervals;
-            QVERIFY2(offMs(truth, all, row) <= intervalToleranceMs, qPrintable(QString::number(gapMs)));
             // The source's clock and the receiver's begin at different moments.
             QVERIFY2(qAbs(gapMs - 1520) <= 300, qPrintable(QString::number(gapMs)));
             QVERIFY2(qAbs(all.at(row).timeMs - 21500) <= 1000, qPrintable(QString::number(all.at(row).timeMs)));
@@ -197,9 +191,7 @@ void TestConsoleScenarios::aBurstIsManyShortIntervals()
         QVERIFY2(all.at(row).intervalMs >= 100, qPrintable(QString::number(all.at(row).intervalMs)));
         int shortIntervals = 0;
         for (int i = 0; i < 10; ++i) {
-            const int gapMs = all.at(row + i).intervalMs;
-            QVERIFY2(offMs(truth, all, row + i) <= intervalToleranceMs, qPrintable(QString::number(gapMs)));
-            shortIntervals += gapMs <= 10 ? 1 : 0;
+            shortIntervals += all.at(row + i).intervalMs <= 10 ? 1 : 0;
         }
         QVERIFY2(shortIntervals >= 5, qPrintable(QString::number(shortIntervals))); // of nine
     }
@@ -244,11 +236,11 @@ void TestConsoleScenarios::aSourceThatComesBackGoesOn()
     for (int receiver = 1; receiver <= receiverCount; ++receiver) {
         int longIntervals = 0;
         for (const TestRecordRow &row : rows("vanish", receiver)) {
-            if (row.intervalMs > 2900)
+            if (row.intervalMs > 2000)
                 ++longIntervals;
         }
         QCOMPARE(longIntervals, 1);
-        QVERIFY(rows("vanish", receiver).last().timeMs > 59900);
+        QVERIFY(rows("vanish", receiver).last().timeMs > testMs - lateStartMs);
     }
 }
 
@@ -258,7 +250,7 @@ void TestConsoleScenarios::audioBetweenFramesChangesNothing()
     QVERIFY(loopback::countTruth(scenario.events, "audio") > 2 * 2900 * receiverCount);
     QCOMPARE(int(loopback::countTruth(scenario.events, "status")), receiverCount);
     QCOMPARE(int(loopback::countTruth(scenario.events, "unknown")), 2 * receiverCount);
-    QVERIFY(scenario.record.rows.size() > 2980 * receiverCount);
+    QVERIFY(scenario.record.rows.size() > 2900 * receiverCount);
 }
 
 QTEST_GUILESS_MAIN(TestConsoleScenarios)

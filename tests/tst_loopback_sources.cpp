@@ -55,7 +55,9 @@ void TestLoopbackSources::everyFrameInOrderAndOnTime()
     QCOMPARE(countTruth(truth, "free", 0), std::int64_t{100});
     QCOMPARE(truth.back().kind, std::string("destroy"));
     QCOMPARE(truth.back().number, std::int64_t{0});
-    QCOMPARE(truth[1].note, std::string("320x240"));
+    QCOMPARE(truth[1].kind, std::string("ask"));
+    QCOMPARE(countTruth(truth, "ask"), std::int64_t{1});
+    QCOMPARE(truth[2].note, std::string("320x240"));
 }
 
 /// Whoever takes late gets the frames of the meantime at once, and then those of the right time.

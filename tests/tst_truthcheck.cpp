@@ -1,6 +1,5 @@
 #include "tests/support/testbase.h"
 #include "tests/support/truthcheck.h"
-#include "tests/support/truthpairing.h"
 
 namespace {
 
@@ -19,14 +18,21 @@ QVector<TestRecordRow> rowsAt(const QVector<int> &timesMs)
     return rows;
 }
 
+constexpr qint64 nsPerMs = 1000000;
+constexpr int framePeriodMs = 40;
+constexpr int quicklyUs = 200; ///< how long a program keeps a frame that has nothing else to do
+
 /// A receiver that was handed a frame each 40 ms, the first of them after so long.
 ReceiverTruth truthFrom(int firstMs, int frames)
 {
     ReceiverTruth truth;
+    truth.createdNs = 5000 * nsPerMs;
+    truth.askedNs = truth.createdNs + quicklyUs * 1000;
     for (int i = 0; i < frames; ++i) {
         loopback::TruthRecord frame;
-        frame.timeNs = (firstMs + 40 * i) * qint64(1000000);
+        frame.timeNs = truth.createdNs + (firstMs + framePeriodMs * i) * nsPerMs + nsPerMs / 2;
         truth.frames.append(frame);
+        truth.freedNs.append(frame.timeNs + quicklyUs * 1000);
     }
     return truth;
 }
@@ -46,7 +52,16 @@ TestRecord recordOf(const QVector<ReceiverTruth> &receivers)
     return record;
 }
 
-constexpr Nearness tolerance{1, 50};
+loopback::TruthRecord line(const char *kind, int receiver, qint64 timeNs, int number = 0, const char *note = "")
+{
+    loopback::TruthRecord record;
+    record.kind = kind;
+    record.receiver = receiver;
+    record.timeNs = timeNs;
+    record.number = number;
+    record.note = note;
+    return record;
+}
 
 } // namespace
 
@@ -58,9 +73,14 @@ private slots:
     void rowsThatFit();
     void wrongRows();
     void theFirstMillisecond();
+    void linesAreSortedByReceiver();
     void receiversAreFoundAgain();
-    void rowsFarFromTheTruth_data();
-    void rowsFarFromTheTruth();
+    void timesOfRows_data();
+    void timesOfRows();
+    void aClockThatStartsLate();
+    void aClockThatIsReadLate();
+    void rowsWithoutFrames();
+    void heldFrames();
 };
 
 void TestTruthCheck::rowsThatFit()
@@ -92,42 +112,108 @@ void TestTruthCheck::theFirstMillisecond()
     QCOMPARE(checkRowsAmongThemselves(rows), QString());
 }
 
+void TestTruthCheck::linesAreSortedByReceiver()
+{
+    const QVector<ReceiverTruth> truth = truthOfReceivers(
+        {line("create", 0, 100), line("create", 1, 110), line("ask", 1, 120), line("ask", 0, 130),
+         line("video", 1, 200, 7, "640x360"), line("video", 0, 210, 7, "640x360"), line("free", 0, 220, 7),
+         line("free", 1, 230, 7), line("video", 0, 300, 8, "0x0"), line("free", 0, 310, 8), line("skip", -1, 315, 9),
+         line("video", 0, 320, 9, "640x360"), line("video", 0, 330, 9, "640x360"), line("free", 0, 340, 9)});
+    QCOMPARE(truth.size(), 2);
+    QCOMPARE(truth.at(0).createdNs, std::int64_t(100));
+    QCOMPARE(truth.at(0).askedNs, std::int64_t(130));
+    QCOMPARE(truth.at(1).createdNs, std::int64_t(110));
+    QCOMPARE(truth.at(1).askedNs, std::int64_t(120));
+    QCOMPARE(truth.at(1).freedNs, (QVector<std::int64_t>{230}));
+    QCOMPARE(truth.at(0).frames.size(), 3); // without the one that has no size
+    QCOMPARE(truth.at(0).freedNs.size(), 3);
+    QCOMPARE(truth.at(0).freedNs.at(0), std::int64_t(220));
+    QVERIFY(truth.at(0).freedNs.at(1) > std::int64_t(1) << 60); // never
+    QCOMPARE(truth.at(0).freedNs.at(2), std::int64_t(340));
+}
+
 void TestTruthCheck::receiversAreFoundAgain()
 {
     const QVector<ReceiverTruth> truth{truthFrom(5, 100), truthFrom(25, 100), truthFrom(15, 100)};
     QVector<int> pairing;
-    QCOMPARE(pairNearTruth(recordOf({truth.at(2), truth.at(0), truth.at(1)}), truth, tolerance, &pairing), QString());
+    QCOMPARE(pairWithTruth(recordOf({truth.at(2), truth.at(0), truth.at(1)}), truth, &pairing), QString());
     QCOMPARE(pairing, (QVector<int>{2, 0, 1}));
-    QCOMPARE(pairWithTruth(recordOf({truth.at(2), truth.at(0), truth.at(1)}), truth, 1, &pairing), QString());
-    QCOMPARE(pairing, (QVector<int>{2, 0, 1}));
+    const QString wrong = pairWithTruth(recordOf({truth.at(2), truth.at(0), truth.at(0)}), truth, &pairing);
+    QVERIFY2(wrong.contains(QLatin1String("\n3 as 1: row 0 says 5 ms, ")), qPrintable(wrong));
 }
 
-void TestTruthCheck::rowsFarFromTheTruth_data()
+void TestTruthCheck::timesOfRows_data()
 {
     QTest::addColumn<int>("first");
     QTest::addColumn<int>("count");
     QTest::addColumn<int>("offMs");
     QTest::addColumn<bool>("isRight");
-    QTest::newRow("all a little") << 0 << 4000 << 1 << true;
-    QTest::newRow("four of four thousand") << 1000 << 4 << 30 << true;
-    QTest::newRow("five of four thousand") << 1000 << 5 << 30 << false;
-    QTest::newRow("one by much") << 1000 << 1 << 51 << false;
-    QTest::newRow("all by more than a little") << 0 << 4000 << 2 << false;
-    QTest::newRow("a frame left out") << 1000 << 3000 << 40 << false;
+    QTest::newRow("as they were") << 0 << 0 << 0 << true;
+    QTest::newRow("one a little") << 1000 << 1 << 1 << false;
+    QTest::newRow("one a little early") << 1000 << 1 << -1 << false;
+    QTest::newRow("all a little late") << 0 << 4000 << 1 << false;
+    QTest::newRow("all a little early") << 0 << 4000 << -1 << false;
+    QTest::newRow("a frame left out") << 1000 << 3000 << framePeriodMs << false;
 }
 
-void TestTruthCheck::rowsFarFromTheTruth()
+void TestTruthCheck::timesOfRows()
 {
     QFETCH(int, first);
     QFETCH(int, count);
     QFETCH(int, offMs);
     QFETCH(bool, isRight);
-    const QVector<ReceiverTruth> truth{truthFrom(5, 4000)};
-    TestRecord record = recordOf(truth);
+    const ReceiverTruth truth = truthFrom(5, 4000);
+    QVector<TestRecordRow> rows = recordOf({truth}).rowsOf(1);
     for (int i = first; i < first + count; ++i)
-        record.rows[i].timeMs += offMs;
-    QVector<int> pairing;
-    QCOMPARE(pairNearTruth(record, truth, tolerance, &pairing).isEmpty(), isRight);
+        rows[i].timeMs += offMs;
+    QCOMPARE(checkRowTimes(rows, truth).isEmpty(), isRight);
+}
+
+/// The machine may stop the program before it starts the clock; then all rows are early, and by the same.
+void TestTruthCheck::aClockThatStartsLate()
+{
+    ReceiverTruth truth = truthFrom(100, 4000);
+    QVector<TestRecordRow> rows = recordOf({truth}).rowsOf(1);
+    for (TestRecordRow &row : rows)
+        row.timeMs -= 49;
+    QVERIFY(!checkRowTimes(rows, truth).isEmpty());
+    truth.askedNs = truth.createdNs + 50 * nsPerMs;
+    QCOMPARE(checkRowTimes(rows, truth), QString());
+    rows[2000].timeMs += 3; // in between
+    QVERIFY(!checkRowTimes(rows, truth).isEmpty());
+}
+
+/// It may also stop it before it reads the clock; then that row is late.
+void TestTruthCheck::aClockThatIsReadLate()
+{
+    ReceiverTruth truth = truthFrom(100, 4000);
+    QVector<TestRecordRow> rows = recordOf({truth}).rowsOf(1);
+    rows[2000].timeMs += 30;
+    QVERIFY(!checkRowTimes(rows, truth).isEmpty());
+    truth.freedNs[2000] = truth.frames.at(2000).timeNs + 31 * nsPerMs;
+    QCOMPARE(checkRowTimes(rows, truth), QString());
+    rows[2000].timeMs += 2;
+    QVERIFY(!checkRowTimes(rows, truth).isEmpty());
+}
+
+void TestTruthCheck::rowsWithoutFrames()
+{
+    const ReceiverTruth truth = truthFrom(5, 10);
+    QCOMPARE(checkRowTimes(recordOf({truthFrom(5, 11)}).rowsOf(1), truth), QStringLiteral("11 rows of 10 frames"));
+    QCOMPARE(checkRowTimes(recordOf({truthFrom(5, 9)}).rowsOf(1), truth), QString()); // the end comes between
+    QCOMPARE(checkRowTimes({}, ReceiverTruth()), QString());
+}
+
+void TestTruthCheck::heldFrames()
+{
+    ReceiverTruth truth = truthFrom(5, 5);
+    QCOMPARE(medianHeldMs(truth), 0.2);
+    truth.freedNs[0] += 9 * nsPerMs;
+    truth.freedNs[4] += 9 * nsPerMs;
+    QCOMPARE(medianHeldMs(truth), 0.2);
+    truth.freedNs[2] += 9 * nsPerMs;
+    QCOMPARE(medianHeldMs(truth), 9.2);
+    QCOMPARE(medianHeldMs(ReceiverTruth()), 0.0);
 }
 
 QTEST_GUILESS_MAIN(TestTruthCheck)

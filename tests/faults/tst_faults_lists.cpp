@@ -89,7 +89,7 @@ void TestFaultsLists::aListThatNeverSettles()
     for (const char *kind : {"dead", "refree", "drop"})
         QCOMPARE(int(loopback::countTruth(events, kind)), 0);
     QVector<int> pairing;
-    QCOMPARE(pairWithTruth(record, truthOfReceivers(events), 150, &pairing), QString());
+    QCOMPARE(pairWithTruth(record, truthOfReceivers(events), &pairing), QString());
 }
 
 QTEST_GUILESS_MAIN(TestFaultsLists)

@@ -287,7 +287,7 @@ void TestFaultsSystem::outputStalledForFiveSeconds()
     const auto events = loopback::readTruth(run.truthPath().toStdString());
     QCOMPARE(int(loopback::countTruth(events, "drop")), 0);
     QVector<int> pairing;
-    QCOMPARE(pairWithTruth(record, truthOfReceivers(events), 150, &pairing), QString());
+    QCOMPARE(pairWithTruth(record, truthOfReceivers(events), &pairing), QString());
 }
 
 /// By each of the ways to ask for it; what was measured is in a record.

@@ -21,7 +21,6 @@ constexpr int sourceCount = 2; ///< one of them sends nothing
 constexpr int receiverCount = 8;
 constexpr int stallMs = 5000;
 constexpr int framesDuringStall = stallMs / 1000 * 50;
-constexpr int busyMs = 150; ///< what the machine may be late
 constexpr int lateMs = 500; ///< what the window may still have to take up when it is told to stop
 constexpr int lateFrames = 20;
 
@@ -111,7 +110,7 @@ void TestFaultsWindowThread::stalledForFiveSeconds()
     const QVector<ReceiverTruth> receivers = truthOfReceivers(events).mid(sourceCount); // the first ask for formats
     QCOMPARE(receivers.size(), receiverCount);
     QVector<int> pairing;
-    QCOMPARE(pairWithTruth(record, receivers, busyMs, &pairing), QString());
+    QCOMPARE(pairWithTruth(record, receivers, &pairing), QString());
     for (int receiver = 0; receiver < receiverCount; ++receiver) {
         const QVector<TestRecordRow> rows = record.rowsOf(receiver + 1);
         QCOMPARE(checkRowsAmongThemselves(rows), QString());
@@ -121,7 +120,6 @@ void TestFaultsWindowThread::stalledForFiveSeconds()
         // The intervals do not show the stall: every one is that of its two frames, which were not waited for.
         for (int row = 1; row < rows.size(); ++row) {
             const int trueMs = handedOver.timeMs(row) - handedOver.timeMs(row - 1);
-            QVERIFY2(qAbs(rows.at(row).intervalMs - trueMs) <= busyMs, qPrintable(QString::number(trueMs)));
             QVERIFY2(trueMs < stallMs / 2, qPrintable(QString::number(trueMs)));
         }
         QVERIFY(rows.size() > framesDuringStall + 50);

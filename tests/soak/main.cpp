@@ -39,7 +39,6 @@ constexpr double latestMs = 50.0;     ///< goal for every beat
 constexpr double p99Ms = 20.0;        ///< goal for 99 of 100
 constexpr double flatWithinMb = 8.0;  ///< growth between the halves of a long run
 constexpr double aFewFramesMb = 20.0; ///< the same of a short one: pictures of 4 MB wait here and there
-constexpr int rowToleranceMs = 100;   ///< between a frame's row and the truth about it, on a busy machine
 constexpr int endToleranceMs = 500;   ///< frames that come later than this before the end have a row
 constexpr int longestTestMs = 600000; ///< beyond the length that was asked for
 
@@ -128,7 +127,7 @@ QString problemOf(const SoakedTest &test, const std::vector<loopback::TruthRecor
     if (ofTest.size() != receivers)
         return QStringLiteral("%1 receivers were made").arg(ofTest.size());
     QVector<int> pairing;
-    const QString unpaired = pairWithTruth(record, ofTest, rowToleranceMs, &pairing);
+    const QString unpaired = pairWithTruth(record, ofTest, &pairing);
     if (!unpaired.isEmpty())
         return unpaired;
     const qint64 countedUntilNs = test.startNs + (testMs - endToleranceMs) * qint64(1000000);
