@@ -2,6 +2,7 @@
 
 #include "ndi/receivercontroller.h"
 
+#include <QCoreApplication>
 #include <QEventLoop>
 #include <QMetaMethod>
 
@@ -26,6 +27,9 @@ TestRun::~TestRun()
         });
         controller->stopReceivers();
     }
+    // With glib, what came into the queue together with the event that brought us here does not wake a loop inside.
+    if (left > 0)
+        QCoreApplication::sendPostedEvents();
     if (left > 0)
         ending.exec(QEventLoop::ExcludeUserInputEvents);
 }

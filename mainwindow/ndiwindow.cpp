@@ -28,6 +28,7 @@
 #include "ui_ndiwindow.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QEventLoop>
 #include <QMessageBox>
 #include <QPointer>
@@ -526,6 +527,8 @@ void NDIWindow::requestClose()
             loop.quit();
     });
     poll.start(20);
+    // With glib, what came into the queue together with the event that brought us here does not wake a loop inside.
+    QCoreApplication::sendPostedEvents();
     if (!isEndingDone())
         loop.exec(QEventLoop::ExcludeUserInputEvents);
     emit closeWindow();

@@ -6,11 +6,16 @@
 #include "tests/support/testbase.h"
 
 #include <QDir>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QTimer>
 #include <QtTest>
+
+#include <atomic>
+#include <memory>
 
 namespace {
 
@@ -36,6 +41,7 @@ private slots:
     void aNewTestHasNoRows();
     void deletedWhileRunning();
     void deletedAfterAnEndThatNobodyHeard();
+    void deletedByAnEventJustBeforeTheEnd();
     void theJournalIsFedWhileTheThreadIsBusy();
 };
 
@@ -146,6 +152,40 @@ void TestTestRun::deletedAfterAnEndThatNobodyHeard()
         QTRY_COMPARE(ends.count(), 1);
         QVERIFY(run.isRunning());
     } // must not wait for another end
+    QCOMPARE(ndi.counts().created, ndi.counts().destroyed);
+}
+
+/// The report of the end is in the queue already, right behind the event that deletes.
+void TestTestRun::deletedByAnEventJustBeforeTheEnd()
+{
+    FakeNdi ndi;
+    ndi.setScript({errorFrame});
+    QSemaphore end;
+    std::atomic<QThread *> receiverThread{nullptr};
+    ndi.setOnCapture([&end, &receiverThread](int) {
+        receiverThread = QThread::currentThread();
+        end.acquire();
+    });
+    auto run = std::make_unique<TestRun>();
+    run->begin({});
+    run->startSource(sourceNamed("A"), 0, 1, 0);
+    QTRY_VERIFY(receiverThread != nullptr);
+    QMetaObject::invokeMethod(
+        this, [&run] { run.reset(); }, Qt::QueuedConnection);
+    end.release();
+    QVERIFY(receiverThread.load()->wait(20000));
+
+    bool hadToBeWoken = false;
+    QTimer waking;
+    connect(&waking, &QTimer::timeout, this, [this, &hadToBeWoken] {
+        hadToBeWoken = true;
+        QMetaObject::invokeMethod(
+            this, [] {}, Qt::QueuedConnection);
+    });
+    waking.start(10000);
+    QCoreApplication::processEvents();
+    QVERIFY(!run);
+    QVERIFY(!hadToBeWoken);
     QCOMPARE(ndi.counts().created, ndi.counts().destroyed);
 }
 
