@@ -27,9 +27,10 @@ TestRun::~TestRun()
         });
         controller->stopReceivers();
     }
+    if (left == 0)
+        return;
     // With glib, what came into the queue together with the event that brought us here does not wake a loop inside.
-    if (left > 0)
-        QCoreApplication::sendPostedEvents();
+    QCoreApplication::sendPostedEvents();
     if (left > 0)
         ending.exec(QEventLoop::ExcludeUserInputEvents);
 }
