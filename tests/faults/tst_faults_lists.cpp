@@ -59,7 +59,8 @@ void TestFaultsLists::twoThousandSources()
 /// changes.
 void TestFaultsLists::aListThatNeverSettles()
 {
-    const QByteArray restless(R"({"sources":[{"name":"RESTLESS","churn":{"periodMs":100}},)"
+    // Long queues: whatever the machine does to the runtime, the loss of a frame is the program's fault.
+    const QByteArray restless(R"({"queueFrames":1000,"sources":[{"name":"RESTLESS","churn":{"periodMs":100}},)"
                               R"({"name":"STAYS","width":640,"height":360,"rateN":50,"rateD":1}]})");
     ProgramRun list({QStringLiteral("-findsources")});
     ProgramRun test(

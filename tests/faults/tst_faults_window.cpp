@@ -11,7 +11,8 @@
 
 namespace {
 
-constexpr int uptakeMs = 500; ///< how far behind the window may be when it is told to stop
+constexpr double busyRate = 8; ///< what the rate of the last second may be off when the machine stood still in it
+constexpr int uptakeMs = 500;  ///< how far behind the window may be when it is told to stop
 
 QByteArray source(const QByteArray &name, const QByteArray &more,
                   const QByteArray &size = R"("width":640,"height":360,)")
@@ -294,8 +295,9 @@ void TestFaultsWindow::faultsInTheMiddle()
     QVERIFY(isBack);
     QCOMPARE(rows.at("SLOWS DOWN").first().defaultFps, 60.0);
     QCOMPARE(rows.at("SLOWS DOWN").last().defaultFps, 25.0);
+    QCOMPARE(checkRowsAmongThemselves(rows.at("SLOWS DOWN")), QString());
     const double rate = medianRate(rows.at("SLOWS DOWN"), 25);
-    QVERIFY2(qAbs(rate - 25.0) < 1.5, qPrintable(QString::number(rate)));
+    QVERIFY2(qAbs(rate - 25.0) < busyRate, qPrintable(QString::number(rate)));
     QVERIFY(lastMs("UNKNOWN") > endMs - 1000);
 }
 
