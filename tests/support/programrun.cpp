@@ -2,10 +2,18 @@
 
 #include "tests/support/processcontrol.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QThread>
+
+namespace {
+
+constexpr int longestFolderUseMs = 10000;
+
+} // namespace
 
 ProgramRun::ProgramRun(const QStringList &arguments)
     : m_environment(QProcessEnvironment::systemEnvironment()), m_program(programPath()), m_arguments(arguments)
@@ -29,6 +37,10 @@ ProgramRun::~ProgramRun()
         m_process.kill();
         m_process.waitForFinished();
     }
+    // On Windows the folder stays in use for a moment after the end of the program, or of one that it had started.
+    const QDeadlineTimer deadline(longestFolderUseMs);
+    while (!QDir(m_folder.path()).removeRecursively() && !deadline.hasExpired())
+        QThread::msleep(20);
 }
 
 void ProgramRun::setScenario(const QByteArray &json)
