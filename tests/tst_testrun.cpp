@@ -170,8 +170,9 @@ void TestTestRun::deletedByAnEventJustBeforeTheEnd()
     run->begin({});
     run->startSource(sourceNamed("A"), 0, 1, 0);
     QTRY_VERIFY(receiverThread != nullptr);
+    QObject context; // takes the event along when this function is left early
     QMetaObject::invokeMethod(
-        this, [&run] { run.reset(); }, Qt::QueuedConnection);
+        &context, [&run] { run.reset(); }, Qt::QueuedConnection);
     end.release();
     QVERIFY(receiverThread.load()->wait(20000));
 
