@@ -49,15 +49,15 @@ void TestConsoleAccuracy::eightReceiversLoseNothing()
             QCOMPARE(row.defaultFps, 59.0);
         }
         const int firstFrame = int(handedOver.frames.first().number);
-        QVERIFY2(firstFrame <= 60, qPrintable(QString::number(firstFrame))); // a receiver may connect a moment late
-        // A minute at 60000/1001 frames a second, less what connecting takes; its end may come a second late.
-        QVERIFY2(rows.size() >= 3600 - firstFrame - 30 && rows.size() <= 3660,
+        QVERIFY2(firstFrame <= 120, qPrintable(QString::number(firstFrame))); // a receiver may connect a moment late
+        // A minute at 60000/1001 frames a second, less what connecting takes; its end may come late.
+        QVERIFY2(rows.size() >= 3600 - firstFrame - 120 && rows.size() <= 3660,
                  qPrintable(QString::number(rows.size())));
         for (int frame = 0; frame < handedOver.frames.size(); ++frame)
             QCOMPARE(int(handedOver.frames.at(frame).number), firstFrame + frame);
         // What was handed over without a row came after the minute.
         for (int frame = rows.size(); frame < handedOver.frames.size(); ++frame)
-            QVERIFY2(handedOver.timeMs(frame) >= 59500, qPrintable(QString::number(handedOver.timeMs(frame))));
+            QVERIFY2(handedOver.timeMs(frame) >= 58000, qPrintable(QString::number(handedOver.timeMs(frame))));
     }
 }
 

@@ -160,7 +160,7 @@ void TestConsoleLinux::aSecondInterruptEndsAtOnce()
     run.interrupt(Interrupt::Interrupt);
     QVERIFY2(!run.waitForFinished(500), run.account());
     run.interrupt(Interrupt::Terminate);
-    QVERIFY2(run.waitForFinished(5000), run.account());
+    QVERIFY2(run.waitForFinished(20000), run.account());
     QVERIFY2(run.endedWith(1), run.account());
     QVERIFY2(run.recordPath().isEmpty(), run.account());
     close(ends[0]);

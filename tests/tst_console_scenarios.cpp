@@ -4,6 +4,8 @@
 
 #include <QtTest>
 
+#include <algorithm>
+#include <array>
 #include <memory>
 
 namespace {
@@ -11,8 +13,10 @@ namespace {
 constexpr int receiverCount = 3;
 constexpr int testMs = 60000;
 /// A receiver's clock may start so long after that of its test, with all the scenarios starting on two cores.
-constexpr int lateStartMs = 500;
+constexpr int lateStartMs = 2000;
 const QString sourceName = QStringLiteral("STAGE");
+/// What is timed happens at these frames. A machine that stands still spoils one of them, not most.
+constexpr std::array<int, 5> eventFrames = {500, 900, 1300, 1700, 2100};
 
 struct Scenario {
     QByteArray json;
@@ -24,6 +28,15 @@ struct Scenario {
 QByteArray oneSource(const QByteArray &more)
 {
     return "{\"queueFrames\":100,\"sources\":[{\"name\":\"STAGE\",\"width\":640,\"height\":360," + more + "}]}";
+}
+
+/// An event at each of these frames; "more" are its further members.
+QByteArray atEventFrames(const QByteArray &kind, const QByteArray &more)
+{
+    QByteArrayList events;
+    for (const int frame : eventFrames)
+        events.append("{\"kind\":\"" + kind + "\",\"atFrame\":" + QByteArray::number(frame) + "," + more + "}");
+    return "\"events\":[" + events.join(',') + "]";
 }
 
 /// The row at which a receiver's first frame at or after a number of the source stands.
@@ -66,9 +79,9 @@ private:
 void TestConsoleScenarios::initTestCase()
 {
     const QByteArray fifty = "\"rateN\":50,\"rateD\":1";
-    m_scenarios["drop"].json = oneSource(fifty + ",\"events\":[{\"kind\":\"drop\",\"atFrame\":500,\"frames\":30}]");
+    m_scenarios["drop"].json = oneSource(fifty + "," + atEventFrames("drop", "\"frames\":30"));
     m_scenarios["stall"].json = oneSource(fifty + ",\"events\":[{\"kind\":\"stall\",\"atMs\":20000,\"ms\":1500}]");
-    m_scenarios["burst"].json = oneSource(fifty + ",\"events\":[{\"kind\":\"burst\",\"atFrame\":1000,\"frames\":10}]");
+    m_scenarios["burst"].json = oneSource(fifty + "," + atEventFrames("burst", "\"frames\":10"));
     m_scenarios["zero"].json = oneSource(fifty + ",\"events\":[{\"kind\":\"zeroSize\",\"atFrame\":700,\"frames\":4}]");
     m_scenarios["size"].json =
         oneSource(fifty + ",\"events\":[{\"kind\":\"size\",\"atFrame\":800,\"width\":1280,\"height\":720}]");
@@ -151,13 +164,18 @@ void TestConsoleScenarios::droppedFramesAreAGap()
 {
     for (int receiver = 1; receiver <= receiverCount; ++receiver) {
         const ReceiverTruth truth = truthFor("drop", receiver);
-        const int row = rowOfFrame(truth, 500);
-        QVERIFY(row < truth.frames.size());
-        QCOMPARE(int(truth.frames.at(row - 1).number), 499);
-        QCOMPARE(int(truth.frames.at(row).number), 530);
         const QVector<TestRecordRow> all = rows("drop", receiver);
-        const int gapMs = all.at(row).intervalMs;
-        QVERIFY2(qAbs(gapMs - 31 * 20) <= 300, qPrintable(QString::number(gapMs))); // the frame before may be late
+        std::array<int, eventFrames.size()> gapsMs{};
+        for (std::size_t event = 0; event < eventFrames.size(); ++event) {
+            const int row = rowOfFrame(truth, eventFrames[event]);
+            QVERIFY(row > 0 && row < all.size());
+            QCOMPARE(int(truth.frames.at(row - 1).number), eventFrames[event] - 1);
+            QCOMPARE(int(truth.frames.at(row).number), eventFrames[event] + 30);
+            gapsMs[event] = all.at(row).intervalMs;
+        }
+        std::sort(gapsMs.begin(), gapsMs.end());
+        const int gapMs = gapsMs[gapsMs.size() / 2];
+        QVERIFY2(qAbs(gapMs - 31 * 20) <= 100, qPrintable(QString::number(gapMs)));
     }
 }
 
@@ -185,15 +203,16 @@ void TestConsoleScenarios::aBurstIsManyShortIntervals()
 {
     for (int receiver = 1; receiver <= receiverCount; ++receiver) {
         const ReceiverTruth truth = truthFor("burst", receiver);
-        const int row = rowOfFrame(truth, 1000);
         const QVector<TestRecordRow> all = rows("burst", receiver);
-        QVERIFY(row > 0 && row + 10 < all.size());
-        QVERIFY2(all.at(row).intervalMs >= 100, qPrintable(QString::number(all.at(row).intervalMs)));
-        int shortIntervals = 0;
-        for (int i = 0; i < 10; ++i) {
-            shortIntervals += all.at(row + i).intervalMs <= 10 ? 1 : 0;
+        int bursts = 0;
+        for (const int frame : eventFrames) {
+            const int row = rowOfFrame(truth, frame);
+            QVERIFY(row > 0 && row + 10 < all.size());
+            const auto shortIntervals = std::count_if(all.cbegin() + row, all.cbegin() + row + 10,
+                                                      [](const TestRecordRow &one) { return one.intervalMs <= 10; });
+            bursts += all.at(row).intervalMs >= 100 && shortIntervals >= 5 ? 1 : 0; // of nine
         }
-        QVERIFY2(shortIntervals >= 5, qPrintable(QString::number(shortIntervals))); // of nine
+        QVERIFY2(bursts > int(eventFrames.size()) / 2, qPrintable(QString::number(bursts)));
     }
 }
 

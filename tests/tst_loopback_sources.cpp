@@ -73,7 +73,7 @@ void TestLoopbackSources::lateTakersDoNotSlowTheClock()
         bench.runtime->performance(receiver, &total, nullptr);
         return total.video_frames >= 10;
     };
-    QTRY_VERIFY_WITH_TIMEOUT(waiting(), 5000);
+    QTRY_VERIFY_WITH_TIMEOUT(waiting(), 20000);
     for (std::int64_t frame = 1; frame < 30; ++frame) {
         QCOMPARE(bench.capture(receiver), NDIlib_frame_type_video);
         QCOMPARE(bench.number(), frame);
@@ -115,7 +115,7 @@ void TestLoopbackSources::clockGoesOnWithoutReceivers()
     QCOMPARE(bench.capture(first), NDIlib_frame_type_video);
     QCOMPARE(bench.number(), std::int64_t{0});
     bench.runtime->destroyReceiver(first);
-    QTRY_VERIFY_WITH_TIMEOUT(steadyNowNs() > startNs + 100 * kNsPerMs, 5000);
+    QTRY_VERIFY_WITH_TIMEOUT(steadyNowNs() > startNs + 100 * kNsPerMs, 20000);
     const std::int64_t againNs = steadyNowNs();
     const auto second = bench.connect("x");
     QCOMPARE(bench.capture(second), NDIlib_frame_type_video);
@@ -136,7 +136,7 @@ void TestLoopbackSources::slowReceiverLosesTheOldest()
         bench.runtime->performance(receiver, &total, &dropped);
         return total.video_frames == 50;
     };
-    QTRY_VERIFY_WITH_TIMEOUT(allCame(), 5000);
+    QTRY_VERIFY_WITH_TIMEOUT(allCame(), 20000);
     QCOMPARE(dropped.video_frames, std::int64_t{46});
     for (std::int64_t frame = 46; frame < 50; ++frame) {
         QCOMPARE(bench.capture(receiver), NDIlib_frame_type_video);

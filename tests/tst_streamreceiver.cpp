@@ -29,7 +29,7 @@ public:
         QObject::connect(&receiver, &StreamReceiver::finished, &m_thread, &QThread::quit, Qt::DirectConnection);
         m_thread.start();
     }
-    bool wait() { return m_thread.wait(5000); }
+    bool wait() { return m_thread.wait(20000); }
 
     StreamReceiver receiver;
 

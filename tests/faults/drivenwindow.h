@@ -84,7 +84,7 @@ public:
     void startOrStop() { press({Key::CtrlReturn}); }
 
     int saidSoFar(const QByteArray &text) { return standardError().count(text); }
-    bool hasSaid(const QByteArray &text, int times = 1, int timeoutMs = 20000)
+    bool hasSaid(const QByteArray &text, int times = 1, int timeoutMs = 40000)
     {
         return QTest::qWaitFor([&] { return saidSoFar(text) >= times || process().state() == QProcess::NotRunning; },
                                timeoutMs)
@@ -125,7 +125,7 @@ public:
 
 private:
     static constexpr int openMs = 40000; ///< many of them may be starting
-    static constexpr int closeMs = 15000;
+    static constexpr int closeMs = 30000;
 
     std::optional<windowdriver::OtherWindow> m_window;
 };

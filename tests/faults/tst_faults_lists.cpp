@@ -72,11 +72,11 @@ void TestFaultsLists::aListThatNeverSettles()
         run->setScenario(restless);
         run->start();
     }
-    QVERIFY2(list.waitForFinished(longestSearchMs + 10000), list.account());
+    QVERIFY2(list.waitForFinished(longestSearchMs + 30000), list.account());
     QVERIFY2(clock.elapsed() >= longestSearchMs, qPrintable(QString::number(clock.elapsed())));
     QVERIFY2(list.endedWith(1), list.account());
     QVERIFY2(list.standardError().contains("] STAYS\n"), list.account());
-    QVERIFY2(test.waitForError("Start Testing...", 10000), test.account());
+    QVERIFY2(test.waitForError("Start Testing...", 30000), test.account());
     QTest::qWait(int(qMax(qint64(0), churnMs - clock.elapsed()))); // it goes on changing
     QVERIFY2(test.waitForDots(400), test.account());
     test.interrupt(ProgramRun::Interrupt::Interrupt);

@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr int runMs = 9000;   ///< from the last one's start to the interrupt; every fault comes before
-constexpr int uptakeMs = 500; ///< how far behind the program may be when it is interrupted
+constexpr int runMs = 9000;    ///< from the last one's start to the interrupt; every fault comes before
+constexpr int uptakeMs = 2500; ///< how far behind a slow machine may be when the program is interrupted
 
 /// What a run left behind.
 struct Outcome {

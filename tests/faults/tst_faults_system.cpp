@@ -335,7 +335,7 @@ void TestFaultsSystem::endedInEveryState()
         }
     }
     for (Case &one : cases) {
-        QVERIFY2(one.run->waitForFinished(10000) && one.run->endedWith(1), one.run->account());
+        QVERIFY2(one.run->waitForFinished(30000) && one.run->endedWith(1), one.run->account());
         QCOMPARE(one.run->recordPath().isEmpty(), one.state == "searching");
         if (one.state == "testing in silence") {
             QVERIFY(QFileInfo(one.run->recordPath()).size() < 200); // the header

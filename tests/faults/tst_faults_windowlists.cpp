@@ -38,15 +38,15 @@ void TestFaultsWindowLists::aListThatMoves()
 {
     const QByteArray size = R"("width":640,"height":360,"rateN":50,"rateD":1)";
     DrivenWindow window;
-    window.setScenario(R"({"discoveryMs":0,"discoveryBatch":100,"sources":[{"name":"LEAVES","disappearMs":5000,)" + size
-                       + R"(},{"name":"STAYS",)" + size + "}]}");
+    window.setScenario(R"({"discoveryMs":0,"discoveryBatch":100,"sources":[{"name":"LEAVES","disappearMs":10000,)"
+                       + size + R"(},{"name":"STAYS",)" + size + "}]}");
     window.start();
     QVERIFY2(window.isOpen(2), window.account());
     const auto isShorter = [&window] {
         window.press({DrivenWindow::Key::F5});
         return window.saidSoFar("vexa.window: sources listed: 1\n") > 0;
     };
-    QVERIFY2(QTest::qWaitFor(isShorter, 20000), window.account());
+    QVERIFY2(QTest::qWaitFor(isShorter, 40000), window.account());
     window.startOrStop();
     QVERIFY2(window.hasStarted("single, 1 receivers"), window.account());
     QTest::qWait(3000); // of measuring

@@ -21,8 +21,6 @@ constexpr int sourceCount = 2; ///< one of them sends nothing
 constexpr int receiverCount = 8;
 constexpr int stallMs = 5000;
 constexpr int framesDuringStall = stallMs / 1000 * 50;
-constexpr int lateMs = 500; ///< what the window may still have to take up when it is told to stop
-constexpr int lateFrames = 20;
 
 } // namespace
 
@@ -85,21 +83,13 @@ void TestFaultsWindowThread::stalledForFiveSeconds()
     QThread::msleep(stallMs); // on purpose
     QTRY_VERIFY_WITH_TIMEOUT(ui().fpsPlot->plainPoints(0).size() > framesDuringStall + 100, 20000);
     QTRY_VERIFY_WITH_TIMEOUT(ui().fpsPlot->paints() > paintsBefore + 3, 20000); // the charts are alive
-    const auto hasCaughtUp = [this] {
-        const auto events = truth();
-        const QVector<ReceiverTruth> handedOver = truthOfReceivers(events).mid(sourceCount);
-        for (int receiver = 0; receiver < receiverCount; ++receiver) {
-            for (const ReceiverTruth &one : handedOver) {
-                if (int(ui().fpsPlot->plainPoints(receiver).size()) < one.frames.size() - lateFrames)
-                    return false;
-            }
-        }
-        return true;
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(hasCaughtUp(), 20000);
-    const qint64 endNs =
-        std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
-            .count();
+    // What was handed over up to now arrives. Read once: the file is long, and reading it is work of this thread.
+    int handedOverByNow = 0;
+    for (const ReceiverTruth &receiver : truthOfReceivers(truth()).mid(sourceCount))
+        handedOverByNow = std::max(handedOverByNow, int(receiver.frames.size()));
+    QVERIFY(handedOverByNow > framesDuringStall);
+    for (int receiver = 0; receiver < receiverCount; ++receiver)
+        QTRY_VERIFY_WITH_TIMEOUT(ui().fpsPlot->plainPoints(receiver).size() >= handedOverByNow, 60000);
     ui().btn_test->click();
     QTRY_VERIFY_WITH_TIMEOUT(isIdle(), 20000);
 
@@ -115,8 +105,7 @@ void TestFaultsWindowThread::stalledForFiveSeconds()
         const QVector<TestRecordRow> rows = record.rowsOf(receiver + 1);
         QCOMPARE(checkRowsAmongThemselves(rows), QString());
         const ReceiverTruth &handedOver = receivers.at(pairing.at(receiver));
-        for (int frame = rows.size(); frame < handedOver.frames.size(); ++frame)
-            QVERIFY(handedOver.frames.at(frame).timeNs > endNs - lateMs * qint64(1000000));
+        QVERIFY(rows.size() >= handedOverByNow);
         // The intervals do not show the stall: every one is that of its two frames, which were not waited for.
         for (int row = 1; row < rows.size(); ++row) {
             const int trueMs = handedOver.timeMs(row) - handedOver.timeMs(row - 1);
@@ -133,6 +122,7 @@ void TestFaultsWindowThread::twoHundredStartsAndStops()
     expectScreenWarnings();
     const StyleSheetNoiseFilter filter; // as in the program
     ui().threadCount->setCurrentIndex(1);
+    QVERIFY(isIdle());
     const int before = truthOfReceivers(truth()).size();
     for (int run = 0; run < 200; ++run) {
         ui().btn_test->click();
@@ -159,7 +149,7 @@ void TestFaultsWindowThread::closedWhileAskingForAFormat()
         const auto events = truth();
         return int(loopback::countTruth(events, "create") - loopback::countTruth(events, "destroy"));
     };
-    QTRY_COMPARE(alive(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(alive(), 1, 20000);
     const QSignalSpy closed(m_window.get(), &NDIWindow::closeWindow);
     m_window->requestClose();
     QCOMPARE(closed.count(), 1);

@@ -159,9 +159,12 @@ QString ProgramRun::truthPath() const
 
 QByteArray ProgramRun::account()
 {
-    return QByteArray(m_process.exitStatus() == QProcess::CrashExit ? "crashed" : "ended") + " with "
-           + QByteArray::number(m_process.exitCode()) + ", " + m_process.errorString().toUtf8() + "; it said:\n"
-           + standardError();
+    QByteArray state = "the program is still running";
+    if (m_process.state() == QProcess::NotRunning) {
+        state = m_process.exitStatus() == QProcess::CrashExit ? "the program crashed with " : "the program ended with ";
+        state += QByteArray::number(m_process.exitCode());
+    }
+    return state + ", " + m_process.errorString().toUtf8() + "; it said:\n" + standardError();
 }
 
 QString ProgramRun::programPath()

@@ -3,6 +3,16 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QtTest>
+
+// An event that comes ends the wait for it. A machine that stands still for seconds must not, so they wait longer than
+// Qt Test's 5 s.
+#undef QTRY_VERIFY
+#undef QTRY_VERIFY2
+#undef QTRY_COMPARE
+#define QTRY_VERIFY(expression) QTRY_VERIFY_WITH_TIMEOUT((expression), 20000)
+#define QTRY_VERIFY2(expression, text) QTRY_VERIFY2_WITH_TIMEOUT((expression), (text), 20000)
+#define QTRY_COMPARE(actual, expected) QTRY_COMPARE_WITH_TIMEOUT((actual), (expected), 20000)
 
 /// Base of every test class: a warning that no test expected fails the test function it came in.
 class TestBase : public QObject {
