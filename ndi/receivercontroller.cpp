@@ -109,21 +109,16 @@ void ReceiverController::forwardFrameData(int type, int width, int height, uint8
         emit frameData(sourceIndex, type, width, height, pData);
     } else {
         delete[] pData;
-        updateCopiesWanted(); // a listener that was destroyed leaves without a notice
+        updateCopiesWanted(); // the last listener has left since
     }
     m_copyBudget->release();
 }
 
+// There is no disconnectNotify() beside it: Qt calls that with a lock held when a listener is destroyed, and the question
+// below takes the same lock where the two share one.
 void ReceiverController::connectNotify(const QMetaMethod &signal)
 {
     if (signal == frameDataSignal())
-        updateCopiesWanted();
-}
-
-void ReceiverController::disconnectNotify(const QMetaMethod &signal)
-{
-    // An invalid signal stands for "all of them".
-    if (!signal.isValid() || signal == frameDataSignal())
         updateCopiesWanted();
 }
 

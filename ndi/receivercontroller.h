@@ -53,7 +53,6 @@ signals:
 
 protected:
     void connectNotify(const QMetaMethod &signal) override;
-    void disconnectNotify(const QMetaMethod &signal) override;
 
 private slots:
     void onReceiverFrame(double fps, int time, int format, double defaultFPS, int width, int height, int dataRate,

@@ -33,6 +33,7 @@ private slots:
     void onlyTheFirstReceiverForwardsPixels();
     void withoutAListenerNothingIsCopied();
     void listenersComeAndGo();
+    void listenersAreDestroyedFirst();
     void aSlowListenerGetsFourCopiesAtMost();
     void sourceTextsAreItsOwn();
     void canBeDeletedInTheHandlerOfItsEnd();
@@ -220,6 +221,20 @@ void TestReceiverController::listenersComeAndGo()
     controller.stopReceivers();
     mayGoOn.release();
     QTRY_COMPARE(ends.count(), 1);
+}
+
+/// While an object is destroyed, Qt holds one of its few locks, which objects share by their addresses: with so many
+/// listeners some share the controller's.
+void TestReceiverController::listenersAreDestroyedFirst()
+{
+    ReceiverController controller;
+    std::vector<std::unique_ptr<QObject>> listeners(2000);
+    for (auto &listener : listeners) {
+        listener = std::make_unique<QObject>();
+        connect(&controller, &ReceiverController::frameData, listener.get(),
+                [](int, int, int, int, uint8_t *pData) { delete[] pData; });
+    }
+    listeners.clear();
 }
 
 void TestReceiverController::aSlowListenerGetsFourCopiesAtMost()
