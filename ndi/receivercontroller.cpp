@@ -114,8 +114,8 @@ void ReceiverController::forwardFrameData(int type, int width, int height, uint8
     m_copyBudget->release();
 }
 
-// There is no disconnectNotify() beside it: Qt calls that with a lock held when a listener is destroyed, and the question
-// below takes the same lock where the two share one.
+// There is no disconnectNotify() beside it: Qt calls that with a lock held when a listener is destroyed, and the
+// question below takes the same lock where the two share one.
 void ReceiverController::connectNotify(const QMetaMethod &signal)
 {
     if (signal == frameDataSignal())
