@@ -89,7 +89,7 @@ void TestFaultsWindowThread::stalledForFiveSeconds()
         handedOverByNow = std::max(handedOverByNow, int(receiver.frames.size()));
     QVERIFY(handedOverByNow > framesDuringStall);
     for (int receiver = 0; receiver < receiverCount; ++receiver)
-        QTRY_VERIFY_WITH_TIMEOUT(ui().fpsPlot->plainPoints(receiver).size() >= handedOverByNow, 60000);
+        QTRY_VERIFY_WITH_TIMEOUT(int(ui().fpsPlot->plainPoints(receiver).size()) >= handedOverByNow, 60000);
     ui().btn_test->click();
     QTRY_VERIFY_WITH_TIMEOUT(isIdle(), 20000);
 

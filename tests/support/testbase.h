@@ -5,8 +5,8 @@
 #include <QStringList>
 #include <QtTest>
 
-// An event that comes ends the wait for it. A machine that stands still for seconds must not, so they wait longer than
-// Qt Test's 5 s.
+// Whatever is awaited ends its wait. The limit is far from it, so that a machine that stands still for seconds does not
+// reach it; Qt Test's own is 5 s.
 #undef QTRY_VERIFY
 #undef QTRY_VERIFY2
 #undef QTRY_COMPARE
