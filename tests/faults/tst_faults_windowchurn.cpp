@@ -59,7 +59,7 @@ void TestFaultsWindowChurn::aListThatNeverSettles()
         ++tests;
         window.startOrStop();
         QVERIFY2(window.hasStarted("single, 1 receivers", tests), window.account());
-        QTRY_VERIFY_WITH_TIMEOUT(measuring() >= tests, 20000);
+        QTRY_VERIFY(measuring() >= tests);
         window.startOrStop();
         QVERIFY2(window.hasEnded(tests), window.account());
     }

@@ -218,12 +218,12 @@ void TestFaultsWindowSystem::clockThatJumps()
         QVERIFY2(jump.window->begins(), jump.window->account());
     }
     for (Jump &jump : jumps) {
-        QTRY_VERIFY_WITH_TIMEOUT(framesOf(*jump.window) >= framesBefore, 20000);
+        QTRY_VERIFY(framesOf(*jump.window) >= framesBefore);
         jump.framesBefore = framesOf(*jump.window);
         QVERIFY(jump.set(jump.by));
     }
     for (Jump &jump : jumps) // by the new time
-        QTRY_VERIFY_WITH_TIMEOUT(framesOf(*jump.window) >= jump.framesBefore + framesAfterwards, 20000);
+        QTRY_VERIFY(framesOf(*jump.window) >= jump.framesBefore + framesAfterwards);
     for (Jump &jump : jumps) {
         QVERIFY2(jump.window->ends(), jump.window->account());
         QVERIFY2(jump.window->closes(), jump.window->account());
@@ -250,7 +250,7 @@ void TestFaultsWindowSystem::stoppedForTenSeconds()
     QVERIFY2(window.isOpen(1), window.account());
     window.chooseTwoReceivers();
     QVERIFY2(window.begins(), window.account());
-    QTRY_VERIFY_WITH_TIMEOUT(framesOf(window) >= framesBefore, 20000);
+    QTRY_VERIFY(framesOf(window) >= framesBefore);
     const auto process = static_cast<pid_t>(window.process().processId());
     QElapsedTimer stop;
     stop.start();
@@ -260,7 +260,7 @@ void TestFaultsWindowSystem::stoppedForTenSeconds()
     QVERIFY(kill(process, SIGCONT) == 0);
     const int stoppedMs = int(stop.elapsed());
     const int missedFrames = stoppedMs * 25 / 1000; // the runtime hands them over first, all at once
-    QTRY_VERIFY_WITH_TIMEOUT(framesOf(window) >= frames + missedFrames + framesAfterwards, 20000);
+    QTRY_VERIFY(framesOf(window) >= frames + missedFrames + framesAfterwards);
     QVERIFY2(window.ends(), window.account());
     QVERIFY2(window.closes(), window.account());
     const TestRecord record = window.record();
