@@ -416,7 +416,7 @@ void TestFaultsWindow::errorsOnAllReceivers()
         for (int i = 0; i < 3; ++i) {
             const QVector<ReceiverTruth> receivers = receiversOf(events, i);
             QCOMPARE(receivers.size(), 3);
-            QCOMPARE(everyFrameIsARow(record.rowsOf(i + 1), receivers.at(run + 1), DrivenWindow::steadyNs()),
+            QCOMPARE(everyFrameIsARow(record.rowsOf(i + 1), receivers.at(run + 1), DrivenWindow::steadyNs(), 0),
                      QString());
             QVERIFY(!record.rowsOf(i + 1).isEmpty());
         }
