@@ -28,7 +28,7 @@ namespace {
 
 constexpr int topValue = 70;
 
-QColor peerColor(int series)
+[[maybe_unused]] QColor peerColor(int series) // without a peer there is none to colour
 {
     return QColor::fromHsv(series * 45, 200, 220);
 }
