@@ -7,6 +7,7 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{1} << 30; ///< out with receivers that never free
 constexpr std::size_t kMostFrames = 4096;
+constexpr std::size_t kMostIdleFrames = 2; ///< one handed over and one drawn ahead; a late receiver needs more
 
 /// Zeroed; big pieces come as untouched pages that cost nothing until they are drawn on.
 std::uint8_t *allocate(std::size_t bytes)
@@ -60,7 +61,7 @@ std::shared_ptr<VideoFrame> FramePool::take(const PictureLayout &layout)
     return {frame.release(), [state = m_state](VideoFrame *back) {
                 std::unique_ptr<VideoFrame> owned(back);
                 const std::lock_guard<std::mutex> lock(state->mutex);
-                if (state->layout == owned->layout) {
+                if (state->layout == owned->layout && state->idle.size() < kMostIdleFrames) {
                     state->idle.push_back(std::move(owned));
                 } else {
                     --state->count;
