@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,9 @@ void attachConsole();
 
 /// Puts the console back as attachConsole() found it. endProcess() does so too.
 void releaseConsole();
+
+/// True when a person reads this stream on a terminal or in a console.
+bool goesToTerminal(std::FILE *stream);
 
 /// The command line as UTF-8 bytes on Windows, as given on Linux; the program's name first.
 std::vector<std::string> commandLine(int argc, char *argv[]);

@@ -22,6 +22,11 @@ void attachConsole()
 
 void releaseConsole() {}
 
+bool goesToTerminal(std::FILE *stream)
+{
+    return isatty(fileno(stream)) == 1;
+}
+
 std::vector<std::string> commandLine(int argc, char *argv[])
 {
     return {argv, argv + argc};

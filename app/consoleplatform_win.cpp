@@ -60,13 +60,19 @@ void attachConsole()
         if (_fileno(stream) >= 0)
             _setmode(_fileno(stream), _O_BINARY);
     }
-    std::setvbuf(stderr, nullptr, _IOFBF, 1 << 12); // each line is flushed as a whole
+    for (std::FILE *stream : {stdout, stderr})
+        std::setvbuf(stream, nullptr, _IOFBF, 1 << 12); // dots are flushed together, each line as a whole
 }
 
 void releaseConsole()
 {
     if (formerCodePage)
         SetConsoleOutputCP(formerCodePage);
+}
+
+bool goesToTerminal(std::FILE *stream)
+{
+    return _fileno(stream) >= 0 && _isatty(_fileno(stream)) != 0;
 }
 
 std::vector<std::string> commandLine(int argc, char *argv[])

@@ -78,10 +78,12 @@ Interrupts::Interrupts(QObject *parent) : QObject(parent), m_private(std::make_u
         });
         wakeDescriptor = ends[1];
     }
-    handle(SIGINT);
     handle(SIGTERM);
-    if (!isIgnored(SIGHUP)) // nohup: the user wants the test to outlive the terminal
-        handle(SIGHUP);
+    // nohup(1) ignores the hang-up, and a script's shell the interrupt of its background jobs.
+    for (const int signalNumber : {SIGINT, SIGHUP}) {
+        if (!isIgnored(signalNumber))
+            handle(signalNumber);
+    }
 }
 
 Interrupts::~Interrupts()

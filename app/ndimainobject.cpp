@@ -6,7 +6,11 @@
 #include "ndi/ndilib.h"
 #include "ndi/sourcelist.h"
 
-#include <QTimer>
+namespace {
+
+constexpr int longestDotDelayMs = 50; ///< dots are gathered: a write for each would cost as much as the measurement
+
+} // namespace
 
 NDIMainObject::NDIMainObject(QObject *parent)
     : QObject(parent), testTimer(std::make_unique<QTimer>()), m_test(std::make_unique<TestRun>())
@@ -14,11 +18,28 @@ NDIMainObject::NDIMainObject(QObject *parent)
     worker.setObjectName(QStringLiteral("console test"));
     connect(m_test.get(), &TestRun::frameReceived, this, &NDIMainObject::sourceFrameReceived);
     connect(m_test.get(), &TestRun::sourceFinished, this, &NDIMainObject::sourceTestFinished);
-    m_test->moveToThread(&worker);
-    moveToThread(&worker);
-    worker.start(QThread::InheritPriority);
+    m_dotTimer.setSingleShot(true);
+    m_dotTimer.setTimerType(Qt::PreciseTimer);
+    m_dotTimer.setInterval(longestDotDelayMs);
+    connect(&m_dotTimer, &QTimer::timeout, this, [this] { m_console->flushDots(); });
+    connect(&worker, &QThread::finished, &m_dotTimer, &QTimer::stop, Qt::DirectConnection); // still on worker
+    if (!parent) { // an object with a parent cannot leave the parent's thread
+        m_test->moveToThread(&worker);
+        m_dotTimer.moveToThread(&worker);
+        moveToThread(&worker);
+        worker.start(QThread::InheritPriority);
+    }
     testTimer->setSingleShot(true);
     testTimer->setTimerType(Qt::PreciseTimer);
+}
+
+template <typename Function>
+void NDIMainObject::callHere(const Function &function)
+{
+    if (thread() == QThread::currentThread())
+        function();
+    else
+        QMetaObject::invokeMethod(this, function, Qt::BlockingQueuedConnection);
 }
 
 NDIMainObject::~NDIMainObject()
@@ -27,17 +48,20 @@ NDIMainObject::~NDIMainObject()
     worker.wait();
     if (!m_test->isRunning())
         return;
-    // Receivers are seen off on the thread that they report to, in its event loop.
-    worker.start();
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            m_test->disconnect(this);
-            m_test.reset();
-        },
-        Qt::BlockingQueuedConnection);
+    // The receivers need the event loop of the thread that they report to until they have ended.
+    if (thread() == &worker)
+        worker.start();
+    callHere([this] {
+        m_test->disconnect(this);
+        m_test.reset();
+    });
     worker.quit();
     worker.wait();
+}
+
+QString NDIMainObject::shownName(const QString &name) const
+{
+    return m_console->isTerminal() ? withoutControls(name) : name;
 }
 
 bool NDIMainObject::printUsage()
@@ -116,7 +140,7 @@ void NDIMainObject::printSources(const NDIlib_source_t *list, int length)
     }
     print(QStringLiteral("NDI Sources : %1").arg(length));
     for (int i = 0; i < length; ++i)
-        print(QStringLiteral("[%1] %2").arg(QString::number(i + 1), consoleText(list[i].p_ndi_name)));
+        print(QStringLiteral("[%1] %2").arg(QString::number(i + 1), shownName(consoleText(list[i].p_ndi_name))));
 }
 
 bool NDIMainObject::startTest(const QString &name, int time, int receivers)
@@ -136,19 +160,18 @@ bool NDIMainObject::startTest(const QString &name, int time, int receivers)
     while (found < count && consoleText(sources[found].p_ndi_name) != name)
         ++found;
     if (found == count) {
-        print(QStringLiteral("Not found NDI source [") + name + QLatin1Char(']'));
+        print(QStringLiteral("Not found NDI source [") + shownName(name) + QLatin1Char(']'));
         if (!finderMade)
             printRuntimeProblem();
         return false;
     }
-    print(QStringLiteral("NDI Source : ") + name);
+    print(QStringLiteral("NDI Source : ") + shownName(name));
     print(QStringLiteral("Time : %1 min(s)").arg(time));
     print(QStringLiteral("Number of Receiver : %1\n").arg(receivers));
     print(QStringLiteral("Start Testing..."));
 
     // Everything that the measurements touch is made on the thread that they arrive on.
-    QMetaObject::invokeMethod(
-        this, [this, found, receivers] { startReceivers(found, receivers); }, Qt::BlockingQueuedConnection);
+    callHere([this, found, receivers] { startReceivers(found, receivers); });
 
     testTimer->start(time * m_minuteMs);
     disconnect(testTimer.get(), &QTimer::timeout, this, &NDIMainObject::stopTest);
@@ -174,6 +197,8 @@ void NDIMainObject::sourceFrameReceived(double fps, int time, int format, double
     if (width == 0 && height == 0)
         return;
     m_console->writeDot();
+    if (!m_dotTimer.isActive())
+        m_dotTimer.start();
     m_test->addRow(fps, time, defaultFPS, width, height, ping, sourceIndex, indexNum);
 }
 

@@ -4,17 +4,17 @@
 #include "ndi/sourcelist.h"
 
 #include <QObject>
-#include <QStringList>
 #include <QThread>
+#include <QTimer>
 
 #include <memory>
 
-class QTimer;
 class TestRun;
 
 /// The console program: prints the usage, lists the sources, or runs one timed test and writes its
-/// record. Lives on a thread of its own, which it starts; printUsage(), findSources(), printSources()
-/// and startTest() are called on the thread that made it, which needs an event loop during a test.
+/// record. Lives on a thread of its own, which it starts, or with its parent if it has one; printUsage(),
+/// findSources(), printSources() and startTest() are called on the thread that made it, which needs an event loop
+/// during a test.
 class NDIMainObject final : public QObject {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(NDIMainObject)
@@ -51,6 +51,11 @@ public slots:
     void stopTest();
 
 private:
+    /// Calls function on this object's thread and waits for its end.
+    template <typename Function>
+    void callHere(const Function &function);
+    /// The name as the console may show it.
+    QString shownName(const QString &name) const;
     void print(const QString &text) { printConsoleLine(m_console, text); }
     void printRuntimeProblem();
     void runDiscovery(bool *finderMade, bool *endedQuiet);
@@ -61,9 +66,10 @@ private:
     const NDIlib_source_t *sources = nullptr; ///< the array of m_sourceList
     int count = 0;                            ///< its length
     std::unique_ptr<QTimer> testTimer;        ///< lives on the thread that made this object
-    QThread worker;
-    std::unique_ptr<TestRun> m_test; ///< lives on worker
-    SourceList m_sourceList;         ///< from the last search
+    QThread worker;                           ///< not started for an object with a parent
+    std::unique_ptr<TestRun> m_test;          ///< on this object's thread
+    QTimer m_dotTimer;                        ///< on this object's thread
+    SourceList m_sourceList;                  ///< from the last search
     StandardConsoleWriter m_standardConsole;
     ConsoleWriter *m_console = &m_standardConsole;
     int m_minuteMs = 60000;

@@ -6,6 +6,7 @@
 #include <QtTest>
 
 #include <csignal>
+#include <cstdlib>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -44,7 +45,9 @@ private slots:
     void outputThatFailsIsNoHarm();
     void aWriteCutShortIsAFailure_data();
     void aWriteCutShortIsAFailure();
-    void nohupOutlivesTheTerminal();
+    void ignoredSignalsStayIgnored_data();
+    void ignoredSignalsStayIgnored();
+    void controlsInNamesStayOffTheTerminal();
     void aSecondInterruptEndsAtOnce();
     void anEnvironmentThatSilencesLogsSilencesNothing();
 };
@@ -125,19 +128,56 @@ void TestConsoleLinux::aWriteCutShortIsAFailure()
     QCOMPARE(int(files.first().size()), sizeOfRecord); // what could be written stays
 }
 
-void TestConsoleLinux::nohupOutlivesTheTerminal()
+void TestConsoleLinux::ignoredSignalsStayIgnored_data()
 {
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<int>("signal");
+    QTest::newRow("hang-up under nohup") << QByteArray("exec nohup \"$@\"") << int(Interrupt::HangUp);
+    QTest::newRow("interrupt, as in a script's background job")
+        << QByteArray("trap '' INT; exec \"$@\"") << int(Interrupt::Interrupt);
+}
+
+void TestConsoleLinux::ignoredSignalsStayIgnored()
+{
+    QFETCH(QByteArray, line);
+    QFETCH(int, signal);
     ProgramRun run(eightReceivers);
-    run.startThrough(QStringLiteral("nohup"), {});
-    run.start();
+    startThroughShell(&run, line);
     QVERIFY2(run.waitForDots(50), run.account());
-    run.interrupt(Interrupt::HangUp);
+    run.interrupt(Interrupt(signal));
     const int dots = run.standardOutput().size();
     QVERIFY2(run.waitForDots(dots + 400), run.account());
     run.interrupt(Interrupt::Terminate);
     QVERIFY2(run.waitForFinished(), run.account());
     QVERIFY2(run.endedWith(1), run.account());
     QVERIFY(!run.recordPath().isEmpty());
+}
+
+void TestConsoleLinux::controlsInNamesStayOffTheTerminal()
+{
+    const QByteArray scenario(R"({"sources": [{"name": "A\u001b[2J\u009b31m \u00c4"}]})");
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    QVERIFY(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const int kept = open(ptsname(terminal), O_RDWR | O_NOCTTY); // else reading fails once the program has ended
+    QVERIFY(kept >= 0);
+    QByteArray intoPipe;
+    for (const bool onTerminal : {true, false}) {
+        ProgramRun run({QStringLiteral("-findsources")});
+        run.setScenario(scenario);
+        if (onTerminal)
+            run.process().setStandardErrorFile(QString::fromLocal8Bit(ptsname(terminal)), QIODevice::Append);
+        run.start();
+        QVERIFY2(run.waitForFinished(), run.account());
+        intoPipe = run.standardError();
+    }
+    QByteArray shown(65536, '\0');
+    shown.resize(int(qMax(read(terminal, shown.data(), std::size_t(shown.size())), ssize_t(0))));
+    close(kept);
+    close(terminal);
+    QVERIFY2(shown.contains("[1] A?[2J?31m \xc3\x84\r\n"), shown);
+    QVERIFY2(intoPipe.contains("[1] A\x1b[2J\xc2\x9b"
+                               "31m \xc3\x84\n"),
+             intoPipe);
 }
 
 void TestConsoleLinux::aSecondInterruptEndsAtOnce()

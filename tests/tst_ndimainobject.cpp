@@ -7,7 +7,9 @@
 #include "tests/support/usagetext.h"
 
 #include <QFile>
+#include <QSemaphore>
 #include <QSignalSpy>
+#include <QThread>
 #include <QtTest>
 
 #include <mutex>
@@ -29,6 +31,12 @@ public:
         const std::lock_guard<std::mutex> locker(m_mutex);
         ++m_dots;
     }
+    void flushDots() override
+    {
+        const std::lock_guard<std::mutex> locker(m_mutex);
+        m_shownDots = m_dots;
+    }
+    bool isTerminal() const override { return isShownOnTerminal; }
     QByteArray text() const
     {
         const std::lock_guard<std::mutex> locker(m_mutex);
@@ -39,11 +47,19 @@ public:
         const std::lock_guard<std::mutex> locker(m_mutex);
         return m_dots;
     }
+    int shownDots() const
+    {
+        const std::lock_guard<std::mutex> locker(m_mutex);
+        return m_shownDots;
+    }
+
+    bool isShownOnTerminal = false;
 
 private:
     mutable std::mutex m_mutex; // guards the others
     QByteArray m_text;
     int m_dots = 0;
+    int m_shownDots = 0;
 };
 
 QByteArray createdLine()
@@ -78,6 +94,11 @@ private slots:
     void stopIsTakenOnce();
     void aSecondTestStartsAfresh();
     void destructionWaitsForTheReceivers();
+    void withAParentItRunsOnTheParentsThread();
+    void stopRecordsWhatStillWaits();
+    void lastDotsAreShownWithoutAnother();
+    void controlsInNamesStayOffTheTerminal_data();
+    void controlsInNamesStayOffTheTerminal();
 
 private:
     void readRecord(TestRecord *record);
@@ -400,6 +421,104 @@ void TestNDIMainObject::destructionWaitsForTheReceivers()
     }
     QCOMPARE(ndi.counts().created, 8);
     QCOMPARE(ndi.counts().destroyed, 8);
+}
+
+void TestNDIMainObject::withAParentItRunsOnTheParentsThread()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"CAM"}, {"CAM"}});
+    ndi.setScript({hd25, hd25, errorFrame});
+    CollectingConsole console;
+    QObject parent;
+    auto *const object = new NDIMainObject(&parent);
+    object->setConsole(&console);
+    QSignalSpy ends(object, &NDIMainObject::quitApplication);
+    QVERIFY(object->startTest(QStringLiteral("CAM"), 1, 2));
+    QTRY_COMPARE(ends.count(), 1);
+    QCOMPARE(console.dots(), 4);
+    ndi.setScript({});
+    QVERIFY(object->startTest(QStringLiteral("CAM"), 1, 2)); // deleted while it runs
+}
+
+/// Measurements that wait in the queue of a busy thread count as much as those that it has taken.
+void TestNDIMainObject::stopRecordsWhatStillWaits()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"CAM"}});
+    constexpr int frames = 50;
+    ndi.setScript(std::vector<FakeFrame>(frames, hd25));
+    QSemaphore mayCapture;
+    ndi.setOnCapture([&mayCapture](int number) {
+        if (number < frames)
+            mayCapture.acquire();
+    });
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QVERIFY(object.startTest(QStringLiteral("CAM"), 1, 1));
+    QMetaObject::invokeMethod(
+        &object,
+        [&] {
+            mayCapture.release(frames);
+            while (ndi.counts().videoFreed < frames)
+                QThread::yieldCurrentThread();
+            object.stopTest();
+        },
+        Qt::BlockingQueuedConnection);
+    TestRecord record;
+    readRecord(&record);
+    QCOMPARE(record.rows.size(), frames);
+}
+
+void TestNDIMainObject::lastDotsAreShownWithoutAnother()
+{
+    FakeNdi ndi;
+    ndi.setSourceLists({{"CAM"}});
+    ndi.setScript({hd25, hd25, hd25}); // and then nothing
+    CollectingConsole console;
+    NDIMainObject object;
+    object.setConsole(&console);
+    QVERIFY(object.startTest(QStringLiteral("CAM"), 1, 1));
+    QTRY_COMPARE(console.shownDots(), 3);
+}
+
+void TestNDIMainObject::controlsInNamesStayOffTheTerminal_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QByteArray>("onTerminal");
+    QTest::newRow("plain") << QByteArray("CAM (1)") << QByteArray("CAM (1)");
+    QTest::newRow("C0") << QByteArray("A\x01\x1b[2J\t\x1f B") << QByteArray("A??[2J?? B");
+    QTest::newRow("DEL") << QByteArray("A\x7f~") << QByteArray("A?~");
+    QTest::newRow("C1 in UTF-8: first, last, and the letter after")
+        << QByteArray("\xc2\x80 \xc2\x9f \xc2\xa0") << QByteArray("? ? \xc2\xa0");
+    QTest::newRow("C1 as a lone byte") << QByteArray("A\x9b"
+                                                     "2J \x80 \x9f \xa0")
+                                       << QByteArray("A?2J ? ? \xa0");
+    QTest::newRow("letters whose later bytes look like C1")
+        << QByteArray("\xc3\x9c \xe2\x82\xac \xf0\x9f\x8e\xa5") << QByteArray("\xc3\x9c \xe2\x82\xac \xf0\x9f\x8e\xa5");
+    QTest::newRow("sequence cut short") << QByteArray("\xe2\x82") << QByteArray("\xe2?");
+    QTest::newRow("overlong C1") << QByteArray("\xe0\x82\x9b \xf0\x80\x82\x9b") << QByteArray("\xe0?? \xf0???");
+    QTest::newRow("surrogate, beyond the last character")
+        << QByteArray("\xed\xa0\x80 \xf4\x90\x80\x80") << QByteArray("\xed\xa0? \xf4???");
+}
+
+void TestNDIMainObject::controlsInNamesStayOffTheTerminal()
+{
+    QFETCH(QByteArray, name);
+    QFETCH(QByteArray, onTerminal);
+    for (const bool terminal : {true, false}) {
+        FakeNdi ndi;
+        ndi.setSourceLists({{name}});
+        CollectingConsole console;
+        console.isShownOnTerminal = terminal;
+        NDIMainObject object;
+        object.setConsole(&console);
+        object.findSources(true);
+        QCOMPARE(console.text(),
+                 "Checking NDI sources...\n\nNDI Sources : 1\n[1] " + (terminal ? onTerminal : name) + '\n');
+        object.startTest(QString::fromLatin1(name + '!'), 1, 1);
+        QVERIFY(console.text().endsWith("Not found NDI source [" + (terminal ? onTerminal : name) + "!]\n"));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestNDIMainObject)
