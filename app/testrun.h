@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/testrecorder.h"
+#include "ndi/framecopybudget.h"
 #include "ndi/ndisource.h"
 
 #include <QList>
@@ -8,6 +9,7 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <memory>
 
 class ReceiverController;
 
@@ -34,9 +36,11 @@ public:
     void begin(const QStringList &names);
     /// Starts receivers (fewestReceivers to mostReceivers) on a source; they report as graph, graph + 1, ...
     void startSource(const NdiSource &source, int sourceIndex, int receivers, int graph);
-    /// Asks all receivers to stop and does not wait; each ends within a second.
+    /// Asks all receivers to stop and does not wait; each ends within a second. What they have measured up to now and
+    /// still waits in this thread's event queue is emitted by frameReceived() before this returns, so that a record
+    /// written next has all of it.
     void stopReceivers();
-    /// Whether there are receivers, be it that they are ending.
+    /// True while any receiver exists, including ones that are shutting down.
     bool isRunning() const { return !controllers.isEmpty(); }
 
     /// Takes a measurement into the record, unless it is of no picture; the arguments are those of frameReceived().
@@ -51,6 +55,12 @@ public:
     /// The same, but a test without rows leaves a record too.
     bool writeRecord();
 
+    /// The source index that frameData() is wanted from, or FrameCopyBudget::noSource, as at first. Stays for later
+    /// tests; takes effect at once.
+    void setPictureSource(int sourceIndex) { m_copyBudget->setSource(sourceIndex); }
+    /// Asks for one more picture: the next frame of that source comes by frameData(), if it has pixels.
+    void requestPicture() { m_copyBudget->request(); }
+
     /// Takes the last controller of this source out of the list; it has reported its end.
     void forget(int sourceIndex);
 
@@ -58,13 +68,18 @@ signals:
     /// See ReceiverController::sourceFrameReceived().
     void frameReceived(double fps, int time, int format, double defaultFPS, int width, int height, int dataRate,
                        int ping, int sourceIndex, int indexNum);
-    /// See ReceiverController::frameData(): whoever receives it frees pData with delete[]. Connect before
-    /// startSource().
+    /// One picture for each requestPicture(); see ReceiverController::frameData(). The listener frees pData with
+    /// delete[]. Connect before startSource().
     void frameData(int sourceIndex, int type, int width, int height, uint8_t *pData);
-    /// All receivers of a source are gone.
+    /// All receivers of a source are gone. Never emitted inside stopReceivers().
     void sourceFinished(int sourceIndex);
 
 private:
+    /// On their way here; the preview holds one more.
+    static constexpr int maxCopiesInFlight = 2;
+
     QList<ReceiverController *> controllers; ///< in order of their start
     TestRecorder m_recorder;
+    const std::shared_ptr<FrameCopyBudget> m_copyBudget;
+    bool m_isStopping = false; ///< inside stopReceivers()
 };

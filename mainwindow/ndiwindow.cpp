@@ -87,8 +87,8 @@ NDIWindow::~NDIWindow()
     m_previewWarmUp.reset();
     ui->loadTrack->sampler->running = false;
     m_probes->stop();
-    m_test->stopReceivers();
     m_test->disconnect(this);
+    m_test->stopReceivers();
     m_analysis.reset();
     previewThread.finish();
     // Whatever uses the library goes before it does.
@@ -182,6 +182,9 @@ void NDIWindow::connectSignals()
     connect(m_test.get(), &TestRun::frameReceived, this, &NDIWindow::sourceFrameReceived);
     connect(m_test.get(), &TestRun::sourceFinished, this, &NDIWindow::sourceTestFinished);
     connect(m_test.get(), &TestRun::frameData, m_previewFeed.get(), &PreviewFeed::takeFrame);
+    // A picture is copied when the preview has painted, and only of the source that it shows.
+    connect(ui->vidGlPreview, &VideoGlPreview::finishedToRenderPixmap, m_test.get(), &TestRun::requestPicture);
+    connect(m_previewChoice.get(), &PreviewChoice::shown, m_test.get(), &TestRun::setPictureSource);
     connect(m_analysis.get(), &AnalysisRun::gotVideoDataRate, this, &NDIWindow::gotVideoDataRate);
     connect(m_analysis.get(), &AnalysisRun::gotVideoSize, this, &NDIWindow::gotVideoSize);
     connect(m_analysis.get(), &AnalysisRun::ended, this, &NDIWindow::analysisEnded);
@@ -284,7 +287,7 @@ void NDIWindow::startStopTest()
 void NDIWindow::stopByUser()
 {
     testTimer.stop();
-    m_test->stopReceivers();
+    m_test->stopReceivers(); // while the timers run, its last measurements count
     progressTimer.stop();
     previewThread.stop();
     m_controls->allowBenchmark();
@@ -452,9 +455,9 @@ void NDIWindow::gotVideoSize(QTime time, double min_value, double max_value, dou
 
 void NDIWindow::stopTest()
 {
+    m_test->stopReceivers(); // with the last measurements for the record
     m_test->writeRecordIfAny();
     testTimer.stop();
-    m_test->stopReceivers();
     previewThread.stop();
     if (progressTimer.isActive()) {
         TimeUpdated();

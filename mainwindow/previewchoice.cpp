@@ -60,4 +60,5 @@ void PreviewChoice::show()
     m_wrapper->setVisible(index != none);
     if (index != none)
         m_preview->update();
+    emit shown(index);
 }

@@ -31,6 +31,10 @@ public:
     /// Source index of the choice, or none.
     int current() const;
 
+signals:
+    /// The preview shows this source index, or none, from now on. Also emitted when the choice is confirmed.
+    void shown(int sourceIndex);
+
 private:
     void show();
 

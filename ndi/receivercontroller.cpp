@@ -14,7 +14,8 @@ QMetaMethod frameDataSignal()
 
 } // namespace
 
-ReceiverController::ReceiverController() : m_copyBudget(std::make_shared<FrameCopyBudget>())
+ReceiverController::ReceiverController()
+    : m_copyBudget(std::make_shared<FrameCopyBudget>(maxCopiesInFlight, FrameCopyBudget::Pace::EveryFrame))
 {
     registerNdiMetaTypes();
 }
@@ -45,7 +46,7 @@ bool ReceiverController::startReceivers(const NDIlib_source_t &newSource, int ne
     source = m_sourceCopy.view();
     sourceIndex = newSourceIndex;
     receiverCount = count;
-    updateCopiesWanted();
+    m_reported = false;
     for (int position = 0; position < count; ++position)
         startReceiver(position, indexBase + position);
     return true;
@@ -67,7 +68,8 @@ void ReceiverController::startReceiver(int position, int graphNum)
     receiver->graphNum = graphNum;
     receiver->setMeasurementSink(m_sink, sourceIndex);
     if (position == 0) {
-        receiver->setCopyBudget(m_copyBudget);
+        receiver->setCopyBudget(m_copyBudget, sourceIndex);
+        receiver->setPixelsWanted(isSignalConnected(frameDataSignal()));
         connect(receiver, &StreamReceiver::frameData, this, &ReceiverController::forwardFrameData);
     }
     thread->start(QThread::InheritPriority);
@@ -109,7 +111,7 @@ void ReceiverController::forwardFrameData(int type, int width, int height, uint8
         emit frameData(sourceIndex, type, width, height, pData);
     } else {
         delete[] pData;
-        updateCopiesWanted(); // the last listener has left since
+        updatePixelsWanted(); // the last listener has left since
     }
     m_copyBudget->release();
 }
@@ -119,10 +121,12 @@ void ReceiverController::forwardFrameData(int type, int width, int height, uint8
 void ReceiverController::connectNotify(const QMetaMethod &signal)
 {
     if (signal == frameDataSignal())
-        updateCopiesWanted();
+        updatePixelsWanted();
 }
 
-void ReceiverController::updateCopiesWanted()
+void ReceiverController::updatePixelsWanted()
 {
-    m_copyBudget->setWanted(isSignalConnected(frameDataSignal()));
+    const bool isWanted = isSignalConnected(frameDataSignal());
+    for (StreamReceiver *receiver : qAsConst(receivers))
+        receiver->setPixelsWanted(isWanted);
 }

@@ -27,9 +27,14 @@ public:
 
     /// Before the start: where all receivers report to besides, from their own threads.
     void setMeasurementSink(std::shared_ptr<MeasurementSink> sink) { m_sink = std::move(sink); }
+    /// Before the start: limits the copies for frameData() together with other controllers. Without it, the listeners
+    /// get every picture as long as they keep up, with at most maxCopiesInFlight on their way.
+    void setCopyBudget(std::shared_ptr<FrameCopyBudget> budget) { m_copyBudget = std::move(budget); }
+    static constexpr int maxCopiesInFlight = 4;
 
     /// Copies the source and starts count receivers (1 to 8) that report as indexBase + 0, 1, ...
-    /// Below 1 nothing is created and nothing will be signalled. Always true. Call once.
+    /// Below 1 nothing is created and nothing will be signalled. Always true. Precondition: no receiver is left of an
+    /// earlier start.
     bool startReceivers(const NDIlib_source_t &source, int sourceIndex, int count, int indexBase);
 
     /// Asks every receiver to stop and does not wait; each ends within 1000 ms. Always true. A frame
@@ -42,10 +47,10 @@ public:
     QList<StreamReceiver *> receivers; ///< the live ones, in order of creation
 
 signals:
-    /// Pixels of the first receiver; whoever receives them frees pData with delete[]. Connect from an
-    /// object in this thread: then at most four copies are ever under way.
+    /// Pixels of the first receiver; the listener frees pData with delete[]. Nothing is copied while there is no
+    /// listener. Connect from an object in this thread: a copy counts as handed on when the signal returns.
     void frameData(int sourceIndex, int type, int width, int height, uint8_t *pData);
-    /// All receivers are gone; once.
+    /// All receivers are gone; once for each start.
     void sourceReceiverFinished(int index);
     /// One measurement of any receiver; see StreamReceiver::frameReceived(). indexNum is its graphNum.
     void sourceFrameReceived(double fps, int time, int format, double defaultFPS, int width, int height, int dataRate,
@@ -62,10 +67,10 @@ private:
     void startReceiver(int position, int graphNum);
     void tearDown(QThread *thread, int position);
     void forwardFrameData(int type, int width, int height, uint8_t *pData);
-    void updateCopiesWanted();
+    void updatePixelsWanted();
 
     NdiSource m_sourceCopy;
-    std::shared_ptr<FrameCopyBudget> m_copyBudget; ///< shared with the first receiver
+    std::shared_ptr<FrameCopyBudget> m_copyBudget; ///< shared with the first receiver; never null
     std::shared_ptr<MeasurementSink> m_sink;
     bool m_reported = false;
 };

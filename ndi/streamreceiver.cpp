@@ -30,6 +30,12 @@ void StreamReceiver::setSource(const NDIlib_source_t &newSource)
     source = m_sourceCopy.view();
 }
 
+void StreamReceiver::setCopyBudget(std::shared_ptr<FrameCopyBudget> budget, int sourceIndex)
+{
+    m_copyBudget = std::move(budget);
+    m_sourceIndex = sourceIndex;
+}
+
 void StreamReceiver::setMeasurementSink(std::shared_ptr<MeasurementSink> sink, int sourceIndex)
 {
     m_sink = std::move(sink);
@@ -148,13 +154,13 @@ void StreamReceiver::measure(const NDIlib_video_frame_v2_t &video, int nowMs)
 void StreamReceiver::publishPixels(const NDIlib_video_frame_v2_t &video)
 {
     // Lines that go upwards in memory (a negative stride) lie before p_data: nothing of ours is to be read after it.
-    if (receiverIndex != 0 || !video.p_data || video.line_stride_in_bytes < 0)
+    if (receiverIndex != 0 || !m_pixelsWanted || !video.p_data || video.line_stride_in_bytes < 0)
         return;
     const std::size_t bytes = frameCopyBytes(video.xres, video.yres);
     static const QMetaMethod frameDataSignal = QMetaMethod::fromSignal(&StreamReceiver::frameData);
     if (bytes == 0 || !isSignalConnected(frameDataSignal))
         return;
-    if (m_copyBudget && !m_copyBudget->tryAcquire())
+    if (m_copyBudget && !m_copyBudget->tryAcquire(m_sourceIndex))
         return;
     uint8_t *const copy = new (std::nothrow) uint8_t[bytes + copyTailBytes];
     if (!copy) {

@@ -31,8 +31,11 @@ public:
     /// Copies name and address, so that the caller's strings may go, and points source at the copy.
     void setSource(const NDIlib_source_t &newSource);
 
-    /// Without a budget, pixels are copied whenever frameData() is connected. Shared with the owner.
-    void setCopyBudget(std::shared_ptr<FrameCopyBudget> budget) { m_copyBudget = std::move(budget); }
+    /// Before the run. Without a budget, every picture is copied while frameData() is connected. sourceIndex is the
+    /// one that the budget knows this receiver's source by.
+    void setCopyBudget(std::shared_ptr<FrameCopyBudget> budget, int sourceIndex);
+    /// False: no picture is copied, whatever the budget allows. Any thread; true at first.
+    void setPixelsWanted(bool wanted) noexcept { m_pixelsWanted = wanted; }
 
     /// Every measurement also goes here, from the capturing thread; sourceIndex goes with it. Shared, since
     /// the run may outlast whoever looks at the measurements.
@@ -84,7 +87,8 @@ private:
 
     NdiSource m_sourceCopy;
     std::shared_ptr<FrameCopyBudget> m_copyBudget;
+    std::atomic<bool> m_pixelsWanted{true};
     std::shared_ptr<MeasurementSink> m_sink;
-    int m_sourceIndex = 0; ///< for m_sink
+    int m_sourceIndex = 0; ///< for m_sink and m_copyBudget
     std::atomic<bool> m_stopAsked{false};
 };

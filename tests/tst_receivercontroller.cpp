@@ -26,6 +26,7 @@ private slots:
     void measurementsCarryBothIndexes_data();
     void measurementsCarryBothIndexes();
     void endIsReportedOnceAfterTheLastReceiver();
+    void secondStartReportsItsEndToo();
     void aSilentSourceEndsWithTheStop();
     void belowOneReceiverNothingHappens_data();
     void belowOneReceiverNothingHappens();
@@ -98,6 +99,20 @@ void TestReceiverController::endIsReportedOnceAfterTheLastReceiver()
     QCOMPARE(ndi.counts().created, 8);
     QCOMPARE(ndi.counts().destroyed, 8);
     QCOMPARE(ndi.counts().misuses, 0);
+}
+
+void TestReceiverController::secondStartReportsItsEndToo()
+{
+    FakeNdi ndi;
+    ndi.setScript({hd25, errorFrame});
+    ReceiverController controller;
+    QSignalSpy measurements(&controller, &ReceiverController::sourceFrameReceived);
+    QSignalSpy ends(&controller, &ReceiverController::sourceReceiverFinished);
+    for (int start = 1; start <= 2; ++start) {
+        controller.startReceivers(camera, 0, 2, 0);
+        QTRY_COMPARE(ends.count(), start);
+        QCOMPARE(measurements.count(), 2 * start);
+    }
 }
 
 void TestReceiverController::aSilentSourceEndsWithTheStop()
@@ -261,7 +276,7 @@ void TestReceiverController::aSlowListenerGetsFourCopiesAtMost()
     controller.startReceivers(camera, 0, 1, 0);
     allCaptured.acquire(); // this thread takes no events meanwhile
     QTRY_COMPARE(measurements.count(), frames);
-    QCOMPARE(copies, int(FrameCopyBudget::largestInFlight));
+    QCOMPARE(copies, int(ReceiverController::maxCopiesInFlight));
     controller.stopReceivers();
     QTRY_COMPARE(ends.count(), 1);
 }

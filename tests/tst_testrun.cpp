@@ -36,6 +36,8 @@ private slots:
     void initTestCase();
     void passesMeasurementsAndEndsOn();
     void stopsAllSources();
+    void stopDeliversWhatWasMeasured();
+    void picturesComeOnRequestFromTheChosenSource();
     void rowsCarryFrozenNames();
     void withoutRowsNothingIsWritten();
     void aNewTestHasNoRows();
@@ -87,6 +89,67 @@ void TestTestRun::stopsAllSources()
     run.forget(0);
     run.forget(1);
     QVERIFY(!run.isRunning());
+}
+
+void TestTestRun::stopDeliversWhatWasMeasured()
+{
+    FakeNdi ndi;
+    ndi.setScript({hd25, hd25, hd25, errorFrame});
+    TestRun run;
+    QSignalSpy frames(&run, &TestRun::frameReceived);
+    QSignalSpy ends(&run, &TestRun::sourceFinished);
+    run.begin({QStringLiteral("A"), QStringLiteral("B")});
+    run.startSource(sourceNamed("A"), 0, 2, 0);
+    run.startSource(sourceNamed("B"), 1, 2, 2);
+    // This thread takes no events meanwhile, neither the measurements nor the ends of the receivers.
+    while (ndi.counts().destroyed < 4)
+        QThread::yieldCurrentThread();
+    QCOMPARE(frames.count(), 0);
+    run.stopReceivers();
+    QCOMPARE(frames.count(), 12);
+    QCOMPARE(ends.count(), 0); // the record comes first
+    QTRY_COMPARE(ends.count(), 2);
+}
+
+void TestTestRun::picturesComeOnRequestFromTheChosenSource()
+{
+    FakeNdi ndi;
+    uint8_t pixels[128] = {};
+    FakeFrame frame = FakeFrame::ofVideo(16, 4, 25, 1);
+    frame.video.p_data = pixels;
+    ndi.setScript(std::vector<FakeFrame>(100000, frame));
+    ndi.setOnCapture([](int) { QThread::msleep(1); });
+    TestRun run;
+    QVector<int> pictures; // by source index
+    connect(&run, &TestRun::frameData, this, [&pictures](int sourceIndex, int, int, int, uint8_t *pData) {
+        delete[] pData;
+        pictures.append(sourceIndex);
+    });
+    int framesSeen = 0; // of the source that pictures are expected of
+    connect(&run, &TestRun::frameReceived, this,
+            [&framesSeen](double, int, int, double, int, int, int, int, int sourceIndex) {
+                framesSeen += sourceIndex == 1 ? 1 : 0;
+            });
+    const auto seesMoreFrames = [&framesSeen] {
+        const int enough = framesSeen + 20;
+        return QTest::qWaitFor([&framesSeen, enough] { return framesSeen >= enough; }, 20000);
+    };
+    run.begin({QStringLiteral("A"), QStringLiteral("B")});
+    run.startSource(sourceNamed("A"), 0, 2, 0);
+    run.startSource(sourceNamed("B"), 1, 2, 2);
+    run.requestPicture();
+    QVERIFY(seesMoreFrames());
+    QCOMPARE(pictures, QVector<int>()); // no source is chosen
+    run.setPictureSource(1);
+    QTRY_COMPARE(pictures, QVector<int>({1}));
+    QVERIFY(seesMoreFrames());
+    QCOMPARE(pictures, QVector<int>({1})); // nothing was requested since
+    run.requestPicture();
+    QTRY_COMPARE(pictures, QVector<int>({1, 1}));
+    run.setPictureSource(FrameCopyBudget::noSource);
+    run.requestPicture();
+    QVERIFY(seesMoreFrames());
+    QCOMPARE(pictures, QVector<int>({1, 1}));
 }
 
 void TestTestRun::rowsCarryFrozenNames()

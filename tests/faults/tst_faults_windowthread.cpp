@@ -31,6 +31,8 @@ class TestFaultsWindowThread final : public TestBase {
 private slots:
     void initTestCase();
     void stalledForFiveSeconds();
+    void stopAfterAStallLosesNothing_data();
+    void stopAfterAStallLosesNothing();
     void twoHundredStartsAndStops();
     void closedWhileAskingForAFormat();
     void cleanupTestCase();
@@ -112,6 +114,49 @@ void TestFaultsWindowThread::stalledForFiveSeconds()
         }
         QVERIFY(rows.size() > framesDuringStall + 50);
         QCOMPARE(int(ui().fpsPlot->plainPoints(receiver).size()), int(rows.size()));
+    }
+    QVERIFY(QFile::remove(recordPath()));
+}
+
+void TestFaultsWindowThread::stopAfterAStallLosesNothing_data()
+{
+    QTest::addColumn<bool>("isByUser");
+    QTest::newRow("by the user") << true;
+    QTest::newRow("by time") << false;
+}
+
+/// The window's thread stands still until the test ends: what its receivers measured meanwhile is in the record.
+void TestFaultsWindowThread::stopAfterAStallLosesNothing()
+{
+    QFETCH(bool, isByUser);
+    expectScreenWarnings();
+    const StyleSheetNoiseFilter filter; // as in the program
+    const int before = truthOfReceivers(truth()).size();
+    ui().threadCount->setCurrentIndex(receiverCount - 1);
+    ui().btn_test->click();
+    QTRY_VERIFY(ui().fpsPlot->seriesCount() == receiverCount && ui().fpsPlot->plainPoints(0).size() > 5);
+    QThread::msleep(1000); // on purpose
+    const std::int64_t stopNs =
+        std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
+            .count();
+    if (isByUser)
+        ui().btn_test->click();
+    else
+        m_window->stopTest();
+    QTRY_VERIFY(isIdle());
+
+    const TestRecord record = TestRecord::read(recordPath());
+    QCOMPARE(record.problem, QString());
+    const QVector<ReceiverTruth> receivers = truthOfReceivers(truth()).mid(before);
+    QVector<int> pairing;
+    QCOMPARE(pairWithTruth(record, receivers, &pairing), QString());
+    for (int receiver = 0; receiver < receiverCount; ++receiver) {
+        // A frame is freed after it was measured.
+        const QVector<std::int64_t> &freedNs = receivers.at(pairing.at(receiver)).freedNs;
+        const auto measured =
+            std::count_if(freedNs.cbegin(), freedNs.cend(), [stopNs](std::int64_t timeNs) { return timeNs < stopNs; });
+        QVERIFY(measured > 40);
+        QVERIFY2(record.rowsOf(receiver + 1).size() >= measured, qPrintable(QString::number(measured)));
     }
     QVERIFY(QFile::remove(recordPath()));
 }
