@@ -2,13 +2,10 @@
 add_library(vexa_journal STATIC
   backgroundrecovery.cpp backgroundrecovery.h
   journal.cpp journal.h
-  journalfile.h
-  journalformat.cpp journalformat.h
   journalqueue.cpp journalqueue.h
   journalrecovery.cpp journalrecovery.h)
-target_sources(vexa_journal PRIVATE $<IF:$<BOOL:${WIN32}>,journalfile_win.cpp,journalfile_linux.cpp>)
-target_link_libraries(vexa_journal PUBLIC Qt5::Core PRIVATE vexa_record project_options Threads::Threads)
+target_link_libraries(vexa_journal PUBLIC vexa_record PRIVATE project_options Threads::Threads)
 
 add_library(vexa_testrun STATIC testrecorder.cpp testrecorder.h testrun.cpp testrun.h unusedmemory.h)
 target_sources(vexa_testrun PRIVATE $<IF:$<BOOL:${WIN32}>,unusedmemory_win.cpp,unusedmemory_linux.cpp>)
-target_link_libraries(vexa_testrun PUBLIC vexa_ndi vexa_record vexa_journal PRIVATE project_options)
+target_link_libraries(vexa_testrun PUBLIC vexa_ndi vexa_journal PRIVATE project_options)

@@ -2,7 +2,9 @@
 
 #include "app/journalqueue.h"
 
+#include <QDir>
 #include <QLoggingCategory>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QThread>
 
@@ -35,7 +37,16 @@ QString journalFolder()
     if (!named.isEmpty())
         return named == QLatin1String("off") ? QString() : named;
     const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
-    return cache.isEmpty() ? QString() : cache + QLatin1String("/TessalyNDIVexa/journal");
+    // A user without a home has this at the root of the file system.
+    const bool hasNoHome = QDir::cleanPath(cache) == QLatin1String("/.cache");
+    return cache.isEmpty() || hasNoHome ? QString() : cache + QLatin1String("/TessalyNDIVexa/journal");
+}
+
+QDateTime journalStartTime(const QString &fileName)
+{
+    static const QRegularExpression form(QStringLiteral("^([0-9]{14})-[0-9]+-[0-9]+\\.journal$"));
+    const QRegularExpressionMatch match = form.match(fileName);
+    return match.hasMatch() ? QDateTime::fromMSecsSinceEpoch(match.captured(1).toLongLong()) : QDateTime();
 }
 
 Journal::Journal(const QString &folder, const QStringList &names, const QDateTime &startTime)
@@ -138,7 +149,6 @@ void Journal::writeRows()
         if (m_file.sizeBytes() > mostFileBytes || !m_file.append(m_block)) {
             qCDebug(journalLog) << "the journal ends at" << m_rowCount << "rows:" << m_file.path();
             m_isBroken = true;
-            m_isCutOff = true;
             close();
             return;
         }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/journalfile.h"
 #include "app/journalformat.h"
+#include "app/lockedfile.h"
 #include "ndi/measurementsink.h"
 
 #include <QDateTime>
@@ -19,6 +19,9 @@ class QThread;
 /// Where journals are, on this computer and for this user; empty: nowhere. The environment variable
 /// VEXA_JOURNAL_FOLDER names another folder; "off" there switches journals off.
 QString journalFolder();
+
+/// When the test of a journal began, by the name of its file; invalid when the name does not tell.
+QDateTime journalStartTime(const QString &fileName);
 
 /// Writes the measurements of one test to a file as they come in, so that they survive the process. A
 /// thread of its own does all work with the file, four times a second; if something cannot be written,
@@ -42,10 +45,10 @@ public:
     void end(End end);
 
     /// Whether rows may be missing in the file: journals are off, it could not be made or written, or not fast
-    /// enough. Any thread; for tests.
+    /// enough. Any thread.
     bool isIncomplete() const noexcept;
-    /// Whether there is a file that ended before the test because nothing could be added to it. Any thread.
-    bool isCutOff() const noexcept { return m_isCutOff; }
+    /// Rows in the file. Only after end().
+    qint64 rowCount() const noexcept { return m_rowCount; }
 
 private:
     void run();
@@ -58,10 +61,9 @@ private:
     const QDateTime m_startTime;
     const std::shared_ptr<JournalQueue> m_queue;
     std::atomic<bool> m_isBroken{false};
-    std::atomic<bool> m_isCutOff{false};
 
     // The thread's own.
-    JournalFile m_file;
+    LockedFile m_file;
     JournalEncoder m_encoder;
     QVector<Measurement> m_rows;
     QByteArray m_block;

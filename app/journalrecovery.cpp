@@ -1,7 +1,7 @@
 #include "app/journalrecovery.h"
 
 #include "app/journal.h"
-#include "app/journalfile.h"
+#include "app/lockedfile.h"
 #include "app/journalformat.h"
 #include "app/recordfile.h"
 
@@ -17,7 +17,7 @@ constexpr qint64 freshS = 60;          // a file that its owner may be about to 
 constexpr qint64 startPageBytes = 512; // fewer bytes are a start that was cut off
 
 /// Whether the file was removed or nothing in it can be read; its name is kept with another ending.
-std::optional<RecoveredJournal> putAside(JournalFile *file, const QString &name)
+std::optional<RecoveredJournal> putAside(LockedFile *file, const QString &name)
 {
     if (file->sizeBytes() < startPageBytes) {
         const qint64 ageS = file->ageS();
@@ -35,7 +35,7 @@ std::optional<RecoveredJournal> putAside(JournalFile *file, const QString &name)
 
 std::optional<RecoveredJournal> recoverJournal(const QString &folder, const QString &name)
 {
-    JournalFile file;
+    LockedFile file;
     if (!file.openLeft(folder, name))
         return std::nullopt;
     const QByteArray bytes = file.readAll(mostFileBytes);

@@ -1,19 +1,28 @@
 #include "app/recordfile.h"
 
-#include "app/syncfile.h"
+#include "app/lockedfile.h"
 #include "ndi/measurementsink.h"
 
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLocale>
 #include <QStandardPaths>
 #include <QStringBuilder>
+#include <QThread>
+
+#include <utility>
 
 namespace {
 
-constexpr int writeChunkBytes = 1 << 20;
-constexpr int mostNumber = 999; // after the name of a record
+constexpr int chunkBytes = 1 << 16; // of one reading or writing
+constexpr int mostNumber = 999;     // after the name of a record
+constexpr int lockWaitMs = 3000;
+constexpr int lockPollMs = 10;
+constexpr int nameWaitMs = 30000;
+const QLatin1String recordSuffix(".csv");
 
 QString &currentRecordPath()
 {
@@ -29,15 +38,24 @@ QString rateText(double framesPerSecond)
 /// Collects text into large writes and remembers whether one of them failed.
 class RecordWriter final {
 public:
-    explicit RecordWriter(QFile *file) : m_file(file) { m_chunk.reserve(writeChunkBytes + 4096); }
+    explicit RecordWriter(QFile *file) : m_file(file) { m_chunk.reserve(chunkBytes + 4096); }
 
-    void add(const QString &text)
+    void addLine(const QString &text)
     {
         m_chunk += text.toUtf8();
-        if (m_chunk.size() >= writeChunkBytes)
+        m_chunk += '\n';
+        if (m_chunk.size() >= chunkBytes)
             writeOut();
     }
-    void addLineFeed() { m_chunk += '\n'; }
+    /// All rows, with a line feed after each; a single line feed when there is none.
+    void addRows(const NextRow &nextRow)
+    {
+        QString row;
+        const bool hasRows = nextRow(&row);
+        addLine(row);
+        while (hasRows && m_good && nextRow(&row))
+            addLine(row);
+    }
 
     /// Brings everything to the disk.
     bool finish()
@@ -65,10 +83,107 @@ bool haveSameBytes(const QString &onePath, const QString &otherPath)
     if (!one.open(QIODevice::ReadOnly) || !other.open(QIODevice::ReadOnly) || one.size() != other.size())
         return false;
     while (!one.atEnd()) {
-        if (one.read(writeChunkBytes) != other.read(writeChunkBytes))
+        if (one.read(chunkBytes) != other.read(chunkBytes))
             return false;
     }
     return true;
+}
+
+/// The lock between processes under which records are made, from its construction on.
+class FolderLock final {
+public:
+    explicit FolderLock(const QString &folder) : m_path(folder + QLatin1String("/.vexa.lock")) { take(); }
+
+    /// Waits until all calls together have taken lockWaitMs; what follows is then done without the lock.
+    void take()
+    {
+        while (m_file.openLock(m_path) == LockedFile::Lock::Busy && !m_deadline.hasExpired())
+            QThread::msleep(lockPollMs);
+    }
+    void release() { m_file.close(); }
+
+private:
+    const QString m_path;
+    const QDeadlineTimer m_deadline{lockWaitMs};
+    LockedFile m_file;
+};
+
+QString numberedPath(const QString &folder, const QString &name, int number, const QString &suffix)
+{
+    const QString numbered = number == 1 ? name : QStringLiteral("%1_%2").arg(name).arg(number);
+    return folder + QLatin1Char('/') + numbered + suffix;
+}
+
+bool isTaken(const QString &path)
+{
+    const QFileInfo file(path);
+    return file.exists() || file.isSymLink();
+}
+
+bool createNewFile(const QString &path)
+{
+    return QFile(path).open(QIODevice::ReadWrite | QIODevice::NewOnly);
+}
+
+/// See createRecordFile(), whose lock this is.
+bool createLocked(FolderLock *lock, const QString &folder, const QString &name)
+{
+    static QString ownPath; // the file that this process made last
+    QString &path = currentRecordPath();
+    path.clear();
+    const QDeadlineTimer deadline(nameWaitMs);
+    for (int number = 1; number <= mostNumber;) {
+        const QDateTime now = QDateTime::currentDateTime();
+        const QString newPath = numberedPath(folder, name.isEmpty() ? recordName(now) : name, number, recordSuffix);
+        if (!name.isEmpty() || newPath == ownPath)
+            QFile::remove(newPath);
+        if (createNewFile(newPath)) {
+            path = newPath;
+            ownPath = newPath;
+            return true;
+        }
+        if (!name.isEmpty() || !isTaken(newPath))
+            return false;
+        if (deadline.hasExpired()) {
+            ++number;
+            continue;
+        }
+        lock->release();
+        QThread::msleep(1000 - static_cast<unsigned long>(now.time().msec()));
+        lock->take();
+    }
+    return false;
+}
+
+/// Appends what write() adds to the current record.
+template <typename Write>
+bool appendToRecord(Write write)
+{
+    const QString path = recordPath();
+    QFile file(path);
+    // Opening to append would make a file that somebody took away meanwhile, without its header.
+    if (path.isEmpty() || !file.exists() || !file.open(QIODevice::Append | QIODevice::Unbuffered))
+        return false;
+    RecordWriter writer(&file);
+    write(&writer);
+    const bool isWritten = writer.finish();
+    file.close();
+    return isWritten && file.error() == QFileDevice::NoError;
+}
+
+/// Bytes up to the end of the last whole line; 0 when there is none.
+qint64 bytesOfWholeLines(QFile *file)
+{
+    for (qint64 end = file->size(); end > 0;) {
+        const qint64 begin = qMax<qint64>(0, end - chunkBytes);
+        if (!file->seek(begin))
+            return 0;
+        const int lineFeed = file->read(end - begin).lastIndexOf('\n');
+        if (lineFeed >= 0)
+            return begin + lineFeed + 1;
+        end = begin;
+    }
+    return 0;
 }
 
 } // namespace
@@ -101,61 +216,72 @@ QString recordName(const QDateTime &time)
 
 QString recordFolder()
 {
+    if (QDir(QDir::homePath()).isRoot()) // what the system says when the user has no home
+        return {};
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     return documents.isEmpty() ? QString() : documents + QLatin1String("/Tessaly/Vexa");
 }
 
 bool createRecordFile(const QString &name)
 {
-    QString &path = currentRecordPath();
-    path.clear();
     const QString folder = recordFolder();
+    currentRecordPath().clear();
     if (folder.isEmpty())
         return false;
-    QString baseName = name;
-    if (baseName.isEmpty())
-        baseName = recordName(QDateTime::currentDateTime());
-    const QString newPath = folder + QLatin1Char('/') + baseName + QLatin1String(".csv");
     QDir().mkpath(folder);
-    QFile::remove(newPath);
-    QFile file(newPath);
-    if (!file.open(QIODevice::ReadWrite))
-        return false;
-    path = newPath;
-    return true;
+    FolderLock lock(folder);
+    return createLocked(&lock, folder, name);
 }
 
 bool appendRecordText(const QString &text)
 {
-    return appendRecordRows({text});
+    return appendToRecord([&text](RecordWriter *writer) { writer->addLine(text); });
 }
 
-bool appendRecordRows(const QStringList &rows)
+bool appendRecordRows(const NextRow &nextRow)
 {
-    const QString path = recordPath();
-    QFile file(path);
-    // Opening to append would make a file that somebody took away meanwhile, without its header.
-    if (path.isEmpty() || !file.exists() || !file.open(QIODevice::Append | QIODevice::Unbuffered))
+    return appendToRecord([&nextRow](RecordWriter *writer) { writer->addRows(nextRow); });
+}
+
+bool writeRecord(const NextRow &nextRow)
+{
+    const QString folder = recordFolder();
+    currentRecordPath().clear();
+    if (folder.isEmpty())
         return false;
-    RecordWriter writer(&file);
-    for (int i = 0; i < rows.size(); ++i) {
-        if (i > 0)
-            writer.addLineFeed();
-        writer.add(rows.at(i));
-    }
-    writer.addLineFeed();
-    const bool written = writer.finish();
-    file.close();
-    return written && file.error() == QFileDevice::NoError;
+    QDir().mkpath(folder);
+    FolderLock lock(folder);
+    return createLocked(&lock, folder, QString()) && appendToRecord([&nextRow](RecordWriter *writer) {
+               writer->addLine(recordHeader());
+               writer->addRows(nextRow);
+           });
 }
 
-bool writeRecord(const QStringList &rows)
+void dropUnfinishedRecord(bool areRowsWanted)
 {
-    return createRecordFile(QString()) && appendRecordText(recordHeader()) && appendRecordRows(rows);
+    const QString path = std::exchange(currentRecordPath(), QString());
+    if (path.isEmpty())
+        return;
+    QFile file(path);
+    const bool isOpen = areRowsWanted && file.open(QIODevice::ReadWrite | QIODevice::ExistingOnly);
+    const qint64 wholeBytes = isOpen ? bytesOfWholeLines(&file) : 0;
+    if (wholeBytes <= recordHeader().size() + 1) {
+        file.remove();
+        return;
+    }
+    file.resize(wholeBytes);
+    syncFile(&file);
+    file.close();
+    const QFileInfo info(path);
+    const QString partSuffix = recordSuffix + QLatin1String(".part");
+    for (int number = 1; number <= mostNumber; ++number) {
+        const QString partPath = numberedPath(info.path(), info.completeBaseName(), number, partSuffix);
+        if (renameToFreeName(path, partPath) || !isTaken(partPath))
+            return;
+    }
 }
 
-QString writeRecordBeside(const QString &name, const QString &partName, const std::function<bool(QString *)> &nextRow,
-                          bool *wasThere)
+QString writeRecordBeside(const QString &name, const QString &partName, const NextRow &nextRow, bool *wasThere)
 {
     *wasThere = false;
     const QString folder = recordFolder();
@@ -168,26 +294,22 @@ QString writeRecordBeside(const QString &name, const QString &partName, const st
     if (!part.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return {};
     RecordWriter writer(&part);
-    writer.add(recordHeader());
-    writer.addLineFeed();
-    for (QString row; nextRow(&row);) {
-        writer.add(row);
-        writer.addLineFeed();
-    }
+    writer.addLine(recordHeader());
+    writer.addRows(nextRow);
     const bool isWritten = writer.finish();
     part.close();
+    const FolderLock lock(folder); // so that a record to compare with is complete
     for (int number = 1; isWritten && number <= mostNumber; ++number) {
-        const QString numbered = number == 1 ? name : QStringLiteral("%1_%2").arg(name).arg(number);
-        QString path = folder + QLatin1Char('/') + numbered + QLatin1String(".csv");
-        if (QFile::exists(path)) {
-            *wasThere = haveSameBytes(partPath, path);
-            if (!*wasThere)
-                continue;
+        const QString path = numberedPath(folder, name, number, recordSuffix);
+        if (renameToFreeName(partPath, path))
+            return path;
+        if (!isTaken(path))
+            break;
+        *wasThere = haveSameBytes(partPath, path);
+        if (*wasThere) {
             QFile::remove(partPath);
             return path;
         }
-        if (QFile::rename(partPath, path))
-            return path;
     }
     QFile::remove(partPath);
     return {};

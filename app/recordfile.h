@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 
@@ -10,7 +9,7 @@ struct Measurement;
 
 /// The record of a test: a comma-separated text file in the user's documents folder, UTF-8 without
 /// byte order mark, lines ended by a single line feed. This file alone knows its place and format.
-/// The functions that write are for one thread at a time.
+/// The functions that write the current record are for one thread at a time.
 
 /// The first line, without line end.
 QString recordHeader();
@@ -23,33 +22,47 @@ QString recordRow(const QString &sourceName, int width, int height, double defau
                   double fps, int intervalMs);
 QString recordRow(const QString &sourceName, const Measurement &measurement);
 
-/// Folder of the records, without trailing separator; empty when the system names no documents folder.
+/// Gives the rows of a record one after the other, in their order; false after the last one.
+using NextRow = std::function<bool(QString *row)>;
+
+/// Folder of the records, without trailing separator; empty when the system names no documents folder, or when
+/// there is no home folder that one could be in.
 QString recordFolder();
 
-/// Creates an empty file, in place of one of the same name, and makes it the current record. name:
-/// without folder and ".csv"; empty: "vexa_" and the local time. False: no file, recordPath() is empty.
+// Records are made under a lock between processes, a file in their folder. It is waited for 3 s at most, since its
+// holder may hang; where there are no locks it is done without. A file of another process is never replaced in
+// either case.
+
+/// Creates an empty file and makes it the current record. name: without folder and ".csv"; a file of that name is
+/// replaced. Empty: "vexa_" and the local time; this replaces the file that this process made last, while the name
+/// of any other file is left alone: the call waits for the next second. After half a minute of such waiting the
+/// name gets a number. False: no file, recordPath() is empty.
 bool createRecordFile(const QString &name);
 
-/// Appends text and one line feed to the current record. True only when all of it has reached the
-/// file; what had been written before a failure stays.
+/// Appends text and one line feed to the current record. True only when all of it is on the disk; what had been
+/// written before a failure stays.
 bool appendRecordText(const QString &text);
 
-/// The same as appendRecordText(rows.join("\n")) without making that text in memory.
-bool appendRecordRows(const QStringList &rows);
+/// The same as appendRecordText() with all rows joined by line feeds, without making that text in memory.
+bool appendRecordRows(const NextRow &nextRow);
 
-/// A new record, named by the local time, of the header and these rows; recordPath() tells where.
-bool writeRecord(const QStringList &rows);
+/// A new record, named by the local time, of the header and these rows; recordPath() tells where. The lock is held
+/// until all of it is on the disk.
+bool writeRecord(const NextRow &nextRow);
+
+/// Takes a record that could not be written to its end away from its name. It is removed, or, if its rows are
+/// wanted and there is a whole one, cut after the last whole one and renamed to ".csv.part". recordPath() is empty
+/// afterwards.
+void dropUnfinishedRecord(bool areRowsWanted);
 
 /// Name, without folder and ".csv", of a record of this moment.
 QString recordName(const QDateTime &time);
 
-/// A record beside the current one, which it leaves alone: the header and the rows that nextRow gives until
-/// it returns false. name: as recordName(); when a file of that name is there already, another one of a
-/// number after the name, unless the file is the same to the byte. partName: name of the file in which it
-/// is put together, unique to this record. *wasThere: whether the very same file was there. Full path;
-/// empty when it could not be written.
-QString writeRecordBeside(const QString &name, const QString &partName, const std::function<bool(QString *)> &nextRow,
-                          bool *wasThere);
+/// A record beside the current one, which it leaves alone. name: as recordName(); when a file of that name is there
+/// already, a number follows the name, unless the file is the same to the byte. partName: name of the file in which
+/// it is put together, unique to this record. *wasThere: whether the very same file was there. Full path; empty when
+/// it could not be written. Any thread.
+QString writeRecordBeside(const QString &name, const QString &partName, const NextRow &nextRow, bool *wasThere);
 
 /// Full path of the current record, empty when there is none.
 QString recordPath();

@@ -3,9 +3,14 @@
 #include "app/journal.h"
 #include "app/recordfile.h"
 
-#include <QFile>
-
 #include <utility>
+
+namespace {
+
+constexpr std::size_t rowsPerChunk = 4096;
+static_assert(sizeof(Measurement) <= 40);
+
+} // namespace
 
 TestRecorder::TestRecorder() = default;
 
@@ -27,7 +32,11 @@ void TestRecorder::add(const Measurement &measurement)
 {
     if (!measurement.hasPicture())
         return;
-    m_rows.append(recordRow(m_names.value(measurement.sourceIndex), measurement));
+    if (m_rows.empty() || m_rows.back().size() == rowsPerChunk) {
+        m_rows.emplace_back();
+        m_rows.back().reserve(rowsPerChunk);
+    }
+    m_rows.back().push_back(measurement);
 }
 
 void TestRecorder::clear()
@@ -38,22 +47,38 @@ void TestRecorder::clear()
     m_journal.reset();
 }
 
+void TestRecorder::leaveToJournal()
+{
+    m_rows.clear();
+    if (m_journal)
+        m_journal->end(Journal::End::Keep);
+    m_journal.reset();
+}
+
 bool TestRecorder::write()
 {
-    const QStringList rows = std::exchange(m_rows, {});
+    const Rows chunks = std::exchange(m_rows, {});
     const std::unique_ptr<Journal> journal = std::move(m_journal);
     if (journal)
         journal->close(); // it stays until the record is there
-    // Asked first: a journal that misses its last rows only because the record has filled the disk is kept.
-    const bool isCutOff = journal && journal->isCutOff();
-    bool isWritten = writeRecord(rows);
-    if (!isWritten && isCutOff && !recordPath().isEmpty()) {
-        // The file is there, so space is short; a journal that is cut off is worth less than the record.
-        journal->end(Journal::End::Remove);
-        QFile::remove(recordPath()); // the next second gives the next try another name
-        isWritten = writeRecord(rows);
-    }
+    auto chunk = chunks.cbegin();
+    std::size_t next = 0;
+    const bool isWritten = writeRecord([&](QString *row) {
+        if (chunk == chunks.cend())
+            return false;
+        const Measurement &measurement = chunk->at(next);
+        *row = recordRow(m_names.value(measurement.sourceIndex), measurement);
+        if (++next == chunk->size()) {
+            ++chunk;
+            next = 0;
+        }
+        return true;
+    });
     if (journal)
         journal->end(isWritten ? Journal::End::Remove : Journal::End::Keep);
+    if (!isWritten) {
+        const qint64 rowCount = chunks.empty() ? 0 : qint64((chunks.size() - 1) * rowsPerChunk + chunks.back().size());
+        dropUnfinishedRecord(!journal || journal->isIncomplete() || journal->rowCount() < rowCount);
+    }
     return isWritten;
 }

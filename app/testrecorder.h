@@ -7,11 +7,12 @@
 #include <QStringList>
 
 #include <memory>
+#include <vector>
 
 class Journal;
 
-/// The record of one test at a time: its rows in memory and, in case the process does not live to write
-/// them, the journal that the receivers feed besides. One thread at a time, but for what sink() gives.
+/// The record of one test at a time: its measurements in memory, 40 bytes each, and, in case the process dies before
+/// it has written them, the journal that the receivers feed besides. One thread at a time, but for what sink() gives.
 class TestRecorder final {
 public:
     TestRecorder();
@@ -27,15 +28,21 @@ public:
 
     /// Takes a measurement into the record, unless it is of no picture.
     void add(const Measurement &measurement);
-    bool hasRows() const { return !m_rows.isEmpty(); }
+    bool hasRows() const { return !m_rows.empty(); }
     /// Forgets the rows, and the journal with them.
     void clear();
-    /// Ends the test: writes the record, be it without rows, and forgets the rows. False when it could
-    /// not be written; then the journal stays. recordPath() tells where it is.
+    /// Ends the test without a record: the rows stay in the journal, for the next start of the program. A journal
+    /// without rows is removed.
+    void leaveToJournal();
+    /// Ends the test: writes the record, be it without rows, and forgets the rows. recordPath() tells where it is.
+    /// False when it could not be written: the journal stays, and what there is of the record is removed, or kept
+    /// as dropUnfinishedRecord() does when the journal lacks rows.
     bool write();
 
 private:
-    QStringList m_rows;
+    using Rows = std::vector<std::vector<Measurement>>; ///< in chunks, so that no growth copies measurements
+
+    Rows m_rows;
     QStringList m_names;
     std::unique_ptr<Journal> m_journal; ///< of the test that is not written yet
 };

@@ -49,6 +49,8 @@ public:
     bool hasRows() const { return m_recorder.hasRows(); }
     /// Forgets the rows; no record of this test will be written.
     void clearRows() { m_recorder.clear(); }
+    /// Ends the test without a record; see TestRecorder::leaveToJournal().
+    void leaveRowsToJournal() { m_recorder.leaveToJournal(); }
     /// Ends the test's record: writes it, if there is something to write, and forgets the rows in any case.
     /// False when there was something and it could not be written.
     bool writeRecordIfAny();

@@ -101,20 +101,28 @@ void TestConsoleLinux::outputThatFailsIsNoHarm()
 
 void TestConsoleLinux::aWriteCutShortIsAFailure_data()
 {
-    QTest::addColumn<QByteArray>("command");
-    QTest::addColumn<int>("sizeOfRecord");
+    QTest::addColumn<int>("limitBytes"); ///< of any file
+    QTest::addColumn<int>("nameLength"); ///< of the source: a long one makes the record longer than the journal
+    QTest::addColumn<int>("parts");      ///< pieces of the record that are kept
+    QTest::addColumn<int>("journals");
     // The header has 118 bytes.
-    QTest::newRow("no byte") << QByteArray("exec prlimit --fsize=0 \"$@\"") << 0;
-    QTest::newRow("a part of the header") << QByteArray("exec prlimit --fsize=100 \"$@\"") << 100;
-    QTest::newRow("a part of the rows") << QByteArray("exec prlimit --fsize=3000 \"$@\"") << 3000;
+    QTest::newRow("no byte") << 0 << 10 << 0 << 0;
+    QTest::newRow("a part of the header") << 100 << 10 << 0 << 0;
+    QTest::newRow("a part of the rows") << 700 << 10 << 1 << 0;
+    QTest::newRow("a part of the rows, but the journal has them all") << 60000 << 1000 << 0 << 1;
 }
 
 void TestConsoleLinux::aWriteCutShortIsAFailure()
 {
-    QFETCH(QByteArray, command);
-    QFETCH(int, sizeOfRecord);
-    ProgramRun run(eightReceivers);
-    startThroughShell(&run, command.constData());
+    QFETCH(int, limitBytes);
+    QFETCH(int, nameLength);
+    QFETCH(int, parts);
+    QFETCH(int, journals);
+    const QByteArray name(nameLength, 'x');
+    ProgramRun run(
+        {QStringLiteral("-test"), QString::fromLatin1(name), QStringLiteral("-receivers"), QStringLiteral("8")});
+    run.setScenario("{\"sources\":[{\"name\":\"" + name + "\",\"rateN\":50,\"rateD\":1}]}");
+    startThroughShell(&run, ("exec prlimit --fsize=" + QByteArray::number(limitBytes) + " \"$@\"").constData());
     QVERIFY2(run.waitForDots(200), run.account());
     run.interrupt(Interrupt::Interrupt);
     QVERIFY2(run.waitForFinished(), run.account());
@@ -122,10 +130,19 @@ void TestConsoleLinux::aWriteCutShortIsAFailure()
     QVERIFY2(run.standardError().endsWith("\nFinished to test. But not created the recorded file(csv) by some "
                                           "reason!!!\n\n"),
              run.account());
-    const QDir records(run.home() + QLatin1String("/Documents/Tessaly/Vexa"));
-    const QFileInfoList files = records.entryInfoList(QDir::Files);
-    QCOMPARE(files.size(), 1);
-    QCOMPARE(int(files.first().size()), sizeOfRecord); // what could be written stays
+    const QFileInfoList files = QDir(run.home() + QLatin1String("/Documents/Tessaly/Vexa")).entryInfoList(QDir::Files);
+    QCOMPARE(files.size(), parts);
+    for (const QFileInfo &file : files) {
+        QVERIFY2(file.fileName().endsWith(QLatin1String(".csv.part")), qPrintable(file.fileName()));
+        const TestRecord part = TestRecord::read(file.filePath());
+        QCOMPARE(part.problem, QString()); // whole lines
+        QVERIFY(!part.rows.isEmpty());
+    }
+    QCOMPARE(run.journals().size(), journals);
+    const QString recovered = run.recoverRecord();
+    QCOMPARE(recovered.isEmpty(), journals == 0);
+    if (journals > 0)
+        QCOMPARE(TestRecord::read(recovered).rows.size(), run.standardOutput().size());
 }
 
 void TestConsoleLinux::ignoredSignalsStayIgnored_data()

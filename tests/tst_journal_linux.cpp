@@ -6,6 +6,7 @@
 #include "app/testrecorder.h"
 #include "tests/support/testbase.h"
 #include "tests/support/testhome.h"
+#include "tests/support/testrecord.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,7 +14,6 @@
 #include <QtTest>
 
 #include <csignal>
-#include <ctime>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -40,19 +40,6 @@ public:
 private:
     rlimit m_before = {};
 };
-
-/// Lifts the limit above at the first write that meets it, in another second of the clock than that write.
-extern "C" void onFileTooLarge(int)
-{
-    const std::time_t now = std::time(nullptr);
-    const timespec pause{0, 10000000};
-    while (std::time(nullptr) == now)
-        nanosleep(&pause, nullptr);
-    rlimit limit = {};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    limit.rlim_cur = limit.rlim_max;
-    setrlimit(RLIMIT_FSIZE, &limit);
-}
 
 /// The process gets no more memory than it has and this, while the object lives.
 class MemoryLimit final {
@@ -84,6 +71,11 @@ private:
 QStringList filesIn(const QString &folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
+}
+
+QStringList recordsAndParts()
+{
+    return QDir(recordFolder()).entryList({QStringLiteral("*.csv*")}, QDir::AllEntries | QDir::Hidden);
 }
 
 /// As a process that is gone has left it, of one row. Its test began that many seconds into a certain minute.
@@ -137,7 +129,7 @@ private slots:
     void aFullDiskSwitchesItOff();
     void aFullDiskAtTheRecordToo();
     void lostRowsAreNoReasonToThrowAJournalAway();
-    void theRecordGetsTheRoomOfACutOffJournal();
+    void aPieceOfARecordIsKeptBesideACutOffJournal();
     void aFailedWriteLeavesNoHole();
     void aSmallJournalNeedsLittleMemory();
     void whatCannotBeReadDoesNotStopTheOthers();
@@ -226,11 +218,14 @@ void TestJournalLinux::aFullDiskAtTheRecordToo()
     const QString journal = folder.filePath(QStringLiteral("journal"));
     QTRY_VERIFY(!filesIn(journal).isEmpty()
                 && QFileInfo(journal + QLatin1Char('/') + filesIn(journal).first()).size() > 4000);
+    const QStringList before = recordsAndParts();
     {
         const FileSizeLimit limit(1000);
         QVERIFY(!recorder.write());
     }
-    // The record is cut off, the journal is not: it stays.
+    // The record is cut off, the journal is not: it stays, the record does not.
+    QCOMPARE(recordsAndParts(), before);
+    QCOMPARE(recordPath(), QString());
     QCOMPARE(filesIn(journal).size(), 1);
     QFile file(journal + QLatin1Char('/') + filesIn(journal).first());
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -263,35 +258,46 @@ void TestJournalLinux::lostRowsAreNoReasonToThrowAJournalAway()
     QCOMPARE(JournalReader(file.readAll()).rowCount(), kept);
 }
 
-void TestJournalLinux::theRecordGetsTheRoomOfACutOffJournal()
+void TestJournalLinux::aPieceOfARecordIsKeptBesideACutOffJournal()
 {
     const QTemporaryDir folder;
     const QString journal = folder.filePath(QStringLiteral("journal"));
     qputenv("VEXA_JOURNAL_FOLDER", journal.toUtf8());
-    for (const QString &record : filesIn(recordFolder()))
-        QVERIFY(QFile::remove(recordFolder() + QLatin1Char('/') + record));
+    const QStringList before = recordsAndParts();
     TestRecorder recorder;
+    begin(&recorder); // 100 rows
+    const auto journalBytes = [&journal] {
+        return filesIn(journal).isEmpty() ? 0 : QFileInfo(journal + QLatin1Char('/') + filesIn(journal).first()).size();
+    };
+    QTRY_VERIFY(journalBytes() > 100 * journalRowBytes);
     {
-        const FileSizeLimit limit(1000);
-        begin(&recorder);
+        const FileSizeLimit limit(5000);
+        for (int i = 0; i < 200; ++i) {
+            recorder.sink()->add(someRow);
+            recorder.add(someRow);
+        }
         QTRY_VERIFY(hasJournalEnded(recorder));
-        QCOMPARE(filesIn(journal).size(), 1);
-        std::signal(SIGXFSZ, onFileTooLarge);
-        QVERIFY(recorder.write());
-        std::signal(SIGXFSZ, SIG_IGN);
+        QVERIFY(!recorder.write());
     }
-    QCOMPARE(filesIn(journal), QStringList());
-    // Nothing is left of the first try, which has had another name.
-    QCOMPARE(filesIn(recordFolder()), QStringList(QFileInfo(recordPath()).fileName()));
-    QFile record(recordPath());
-    QVERIFY(record.open(QIODevice::ReadOnly));
-    QCOMPARE(record.readAll().count('\n'), 101);
+    QCOMPARE(recordPath(), QString());
+    QCOMPARE(filesIn(journal).size(), 1);
+    QFile file(journal + QLatin1Char('/') + filesIn(journal).first());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(JournalReader(file.readAll()).rowCount(), qint64(100));
+    QStringList made = recordsAndParts();
+    for (const QString &name : before)
+        made.removeAll(name);
+    QCOMPARE(made.size(), 1);
+    QVERIFY2(made.first().endsWith(QLatin1String(".csv.part")), qPrintable(made.first()));
+    const TestRecord part = TestRecord::read(recordFolder() + QLatin1Char('/') + made.first());
+    QCOMPARE(part.problem, QString());
+    QVERIFY2(part.rows.size() > 100 && part.rows.size() < 300, qPrintable(QString::number(part.rows.size())));
 }
 
 void TestJournalLinux::aFailedWriteLeavesNoHole()
 {
     const QTemporaryDir folder;
-    JournalFile file;
+    LockedFile file;
     QVERIFY(file.create(folder.filePath(QStringLiteral("journal")), QStringLiteral("1.journal")));
     QVERIFY(file.append(QByteArray(500, 'a')));
     {
@@ -350,7 +356,7 @@ void TestJournalLinux::linksAndPipesAreNotRecovered()
     QVERIFY(recoverJournalsIn(journals).isEmpty());
     QVERIFY(QFile::exists(target));
     QCOMPARE(filesIn(journals).size(), 3);
-    JournalFile direct; // past the listing of the folder
+    LockedFile direct; // past the listing of the folder
     QVERIFY(!direct.openLeft(journals, QStringLiteral("1.journal")));
     QVERIFY(!direct.openLeft(journals, QStringLiteral("2.journal")));
     QVERIFY(!direct.openLeft(journals, QStringLiteral("3.journal")));

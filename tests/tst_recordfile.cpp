@@ -1,3 +1,4 @@
+#include "app/lockedfile.h"
 #include "app/recordfile.h"
 #include "ndi/measurementsink.h"
 #include "tests/support/testbase.h"
@@ -7,12 +8,54 @@
 #include <QDir>
 #include <QFile>
 #include <QLocale>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QtTest>
 
+#include <array>
+#include <cstdio>
 #include <limits>
 
 namespace {
+
+/// Gives these rows one after the other.
+NextRow each(const QStringList &rows)
+{
+    return [rows, next = 0](QString *row) mutable {
+        if (next == rows.size())
+            return false;
+        *row = rows.at(next++);
+        return true;
+    };
+}
+
+/// What another process writes.
+QStringList rowsOfWriter(const QString &name)
+{
+    QStringList rows;
+    for (int i = 0; i < 2000; ++i)
+        rows.append(recordRow(name, 1920, 1080, 59, i, 0, 59.94, 16));
+    return rows;
+}
+
+/// The other process: says that it is there, waits for a byte, writes its record and says where it is.
+int runWriter(const QString &name)
+{
+    std::fputs("ready\n", stdout);
+    std::fflush(stdout);
+    std::getchar();
+    if (!writeRecord(each(rowsOfWriter(name))))
+        return 1;
+    std::fputs(recordPath().toUtf8().constData(), stdout);
+    return 0;
+}
+
+/// Returns in the first half of a second of the clock, so that what follows is in the same one.
+void waitForANewSecond()
+{
+    while (QTime::currentTime().msec() > 500)
+        QTest::qSleep(10);
+}
 
 QByteArray contents(const QString &path)
 {
@@ -36,6 +79,14 @@ private slots:
     void manyRows();
     void nameIsTheTimeInPlainDigits();
     void aFileOfTheSameNameIsReplaced();
+    void aSecondRecordOfThisSecondReplacesTheFirst();
+    void anothersRecordOfThisSecondStays();
+    void eightProcessesInOneSecond();
+    void aLockThatIsNeverReleased();
+    void aLockThatCannotBe();
+    void unfinishedRecords_data();
+    void unfinishedRecords();
+    void anUnfinishedRecordReplacesNoOther();
     void aFolderThatCannotBeMadeIsAFailure();
     void aFileInThePlaceOfAFolderIsAFailure();
     void aFileThatWentAwayIsNotMadeAnew();
@@ -104,7 +155,7 @@ void TestRecordFile::recordIsRightToTheByte()
     QVERIFY(appendRecordText(recordHeader()));
     const QString name = QString::fromUtf8("KÖLN (Kamera 東京 🎥)");
     QVERIFY(appendRecordRows(
-        {recordRow(name, 1280, 720, 50, 20, 0, 50.0, 0), recordRow(name, 1280, 720, 50, 40, 0, 50.0, 20)}));
+        each({recordRow(name, 1280, 720, 50, 20, 0, 50.0, 0), recordRow(name, 1280, 720, 50, 40, 0, 50.0, 20)})));
     QCOMPARE(contents(recordPath()),
              QByteArray("NDI Source Name, Frame Width, Frame Height, Default FPS, Time(ms), Receiver Index, "
                         "Received FPS, Received Frame Length\n"
@@ -117,7 +168,7 @@ void TestRecordFile::rowsAndJoinedTextAreTheSame()
     const QStringList rows{QStringLiteral("a"), QString(), QStringLiteral("c")};
     QVERIFY(createRecordFile(QStringLiteral("tst_rows")));
     m_made.append(recordPath());
-    QVERIFY(appendRecordRows(rows));
+    QVERIFY(appendRecordRows(each(rows)));
     const QByteArray fromRows = contents(recordPath());
     QVERIFY(createRecordFile(QStringLiteral("tst_rows")));
     QVERIFY(appendRecordText(rows.join(QLatin1Char('\n'))));
@@ -130,7 +181,7 @@ void TestRecordFile::noRowsIsAnEmptyLine()
     QVERIFY(createRecordFile(QStringLiteral("tst_empty")));
     m_made.append(recordPath());
     QVERIFY(appendRecordText(recordHeader()));
-    QVERIFY(appendRecordRows({}));
+    QVERIFY(appendRecordRows(each({})));
     QCOMPARE(contents(recordPath()), recordHeader().toUtf8() + "\n\n");
 }
 
@@ -143,7 +194,7 @@ void TestRecordFile::manyRows()
     QVERIFY(createRecordFile(QStringLiteral("tst_many")));
     m_made.append(recordPath());
     QVERIFY(appendRecordText(recordHeader()));
-    QVERIFY(appendRecordRows(rows));
+    QVERIFY(appendRecordRows(each(rows)));
     const TestRecord record = TestRecord::read(recordPath());
     QCOMPARE(record.problem, QString());
     QCOMPARE(record.rows.size(), rows.size());
@@ -173,6 +224,147 @@ void TestRecordFile::aFileOfTheSameNameIsReplaced()
     QCOMPARE(contents(recordPath()), QByteArray());
 }
 
+void TestRecordFile::aSecondRecordOfThisSecondReplacesTheFirst()
+{
+    QString before;
+    QString first;
+    do { // both in one second of the clock
+        waitForANewSecond();
+        before = recordName(QDateTime::currentDateTime());
+        QVERIFY(writeRecord(each({QStringLiteral("first")})));
+        first = recordPath();
+        QVERIFY(writeRecord(each({QStringLiteral("second")})));
+        m_made.append({first, recordPath()});
+    } while (before != recordName(QDateTime::currentDateTime()));
+    QCOMPARE(recordPath(), first);
+    QCOMPARE(contents(first), recordHeader().toUtf8() + "\nsecond\n");
+}
+
+void TestRecordFile::anothersRecordOfThisSecondStays()
+{
+    QVERIFY(createRecordFile(QStringLiteral("tst_own"))); // the name of this second is not this process's
+    m_made.append(recordPath());
+    waitForANewSecond();
+    const QString taken = recordFolder() + QLatin1Char('/') + recordName(QDateTime::currentDateTime());
+    const QString path = taken + QLatin1String(".csv");
+    QFile others(path);
+    QVERIFY(others.open(QIODevice::WriteOnly));
+    others.write("another's");
+    others.close();
+    m_made.append(path);
+    QVERIFY(createRecordFile(QString()));
+    m_made.append(recordPath());
+    QVERIFY(recordPath() > path && !recordPath().startsWith(taken)); // of a later second
+    QCOMPARE(contents(path), QByteArray("another's"));
+}
+
+void TestRecordFile::eightProcessesInOneSecond()
+{
+    std::array<QProcess, 8> writers;
+    for (std::size_t i = 0; i < writers.size(); ++i)
+        writers[i].start(QCoreApplication::applicationFilePath(),
+                         {QStringLiteral("--write"), QStringLiteral("WRITER %1").arg(i)});
+    for (QProcess &writer : writers)
+        QVERIFY(writer.waitForReadyRead(60000));
+    waitForANewSecond();
+    for (QProcess &writer : writers) {
+        writer.readAllStandardOutput();
+        writer.write("\n");
+        writer.waitForBytesWritten();
+    }
+    QStringList paths;
+    for (std::size_t i = 0; i < writers.size(); ++i) {
+        QVERIFY(writers[i].waitForFinished(60000));
+        QCOMPARE(writers[i].exitCode(), 0);
+        paths.append(QString::fromUtf8(writers[i].readAllStandardOutput()));
+        m_made.append(paths.last());
+        const QByteArray rows = rowsOfWriter(QStringLiteral("WRITER %1").arg(i)).join(QLatin1Char('\n')).toUtf8();
+        QVERIFY(contents(paths.last()) == recordHeader().toUtf8() + '\n' + rows + '\n');
+        static const QRegularExpression form(QStringLiteral("/vexa_[0-9]{4}_[0-9]{2}_[0-9]{2}_[0-9]{6}\\.csv$"));
+        QVERIFY2(form.match(paths.last()).hasMatch(), qPrintable(paths.last()));
+    }
+    QCOMPARE(paths.removeDuplicates(), 0);
+}
+
+void TestRecordFile::aLockThatIsNeverReleased()
+{
+    LockedFile holder;
+    QCOMPARE(holder.openLock(recordFolder() + QLatin1String("/.vexa.lock")), LockedFile::Lock::Held);
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(writeRecord(each({QStringLiteral("a")})));
+    m_made.append(recordPath());
+    QVERIFY2(clock.elapsed() >= 3000, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(contents(recordPath()), recordHeader().toUtf8() + "\na\n");
+}
+
+void TestRecordFile::aLockThatCannotBe()
+{
+    const QString lock = recordFolder() + QLatin1String("/.vexa.lock");
+    QFile::remove(lock);
+    QVERIFY(QDir().mkdir(lock));
+    const bool isWritten = writeRecord(each({QStringLiteral("a")}));
+    QVERIFY(QDir().rmdir(lock));
+    QVERIFY(isWritten);
+    m_made.append(recordPath());
+    QCOMPARE(contents(recordPath()), recordHeader().toUtf8() + "\na\n");
+}
+
+void TestRecordFile::unfinishedRecords_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<bool>("areRowsWanted");
+    QTest::addColumn<QByteArray>("part"); ///< null: there is none
+    const QByteArray header = recordHeader().toUtf8() + '\n';
+    const QByteArray row = "CAM,1920,1080,59,16,1,59.94,16\n";
+    QTest::newRow("nothing") << QByteArray() << true << QByteArray();
+    QTest::newRow("a part of the header") << header.left(50) << true << QByteArray();
+    QTest::newRow("the header") << header << true << QByteArray();
+    QTest::newRow("a part of the first row") << header + row.chopped(1) << true << QByteArray();
+    QTest::newRow("a row and a part of the next") << header + row + row.left(5) << true << header + row;
+    QTest::newRow("whole rows") << header + row + row << true << header + row + row;
+    QTest::newRow("whole rows that are elsewhere") << header + row + row << false << QByteArray();
+    const QByteArray longRow = QByteArray(200000, 'x') + '\n';
+    QTest::newRow("a long torn row") << header + row + longRow.chopped(1) << true << header + row;
+    QTest::newRow("a long row and a torn one") << header + longRow + row.left(3) << true << header + longRow;
+}
+
+void TestRecordFile::unfinishedRecords()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(bool, areRowsWanted);
+    QFETCH(QByteArray, part);
+    QVERIFY(createRecordFile(QStringLiteral("tst_unfinished")));
+    const QString path = recordPath();
+    m_made.append(path + QLatin1String(".part"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(text);
+    file.close();
+    dropUnfinishedRecord(areRowsWanted);
+    QCOMPARE(recordPath(), QString());
+    QVERIFY(!QFile::exists(path));
+    QCOMPARE(QFile::exists(path + QLatin1String(".part")), !part.isNull());
+    if (!part.isNull())
+        QVERIFY(contents(path + QLatin1String(".part")) == part);
+    QFile::remove(path + QLatin1String(".part"));
+}
+
+void TestRecordFile::anUnfinishedRecordReplacesNoOther()
+{
+    QStringList parts;
+    for (const char *suffix : {".csv.part", "_2.csv.part"}) {
+        QVERIFY(createRecordFile(QStringLiteral("tst_parts")));
+        QVERIFY(appendRecordText(recordHeader()));
+        QVERIFY(appendRecordText(QString::fromLatin1(suffix)));
+        dropUnfinishedRecord(true);
+        parts.append(recordFolder() + QLatin1String("/tst_parts") + QLatin1String(suffix));
+        m_made.append(parts.last());
+        QVERIFY(contents(parts.last()).endsWith(suffix + QByteArray("\n")));
+    }
+    QVERIFY(contents(parts.first()).endsWith("\n.csv.part\n"));
+}
+
 void TestRecordFile::aFolderThatCannotBeMadeIsAFailure()
 {
     QVERIFY(!createRecordFile(QStringLiteral("no/such/folder/tst")));
@@ -200,8 +392,15 @@ void TestRecordFile::withoutARecordNothingIsAppended()
 {
     QVERIFY(!createRecordFile(QStringLiteral("no/such/folder/tst")));
     QVERIFY(!appendRecordText(recordHeader()));
-    QVERIFY(!appendRecordRows({}));
+    QVERIFY(!appendRecordRows(each({})));
 }
 
-QTEST_APPLESS_MAIN(TestRecordFile)
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    if (argc == 3 && qstrcmp(argv[1], "--write") == 0)
+        return runWriter(QString::fromUtf8(argv[2]));
+    TestRecordFile test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_recordfile.moc"

@@ -3,6 +3,7 @@
 #include "app/testrun.h"
 #include "ndi/ndimetatypes.h"
 #include "tests/support/fakendi.h"
+#include "tests/support/ownmemory.h"
 #include "tests/support/testbase.h"
 
 #include <QDir>
@@ -41,6 +42,7 @@ private slots:
     void rowsCarryFrozenNames();
     void withoutRowsNothingIsWritten();
     void aNewTestHasNoRows();
+    void rowsTakeNoMoreMemoryForALongName();
     void deletedWhileRunning();
     void deletedAfterAnEndThatNobodyHeard();
     void deletedByAnEventJustBeforeTheEnd();
@@ -189,6 +191,21 @@ void TestTestRun::aNewTestHasNoRows()
     run.addRow(59.94, 1000, 59.0, 1920, 1080, 16, 0, 0);
     run.begin({QStringLiteral("A")});
     QVERIFY(!run.hasRows());
+}
+
+void TestTestRun::rowsTakeNoMoreMemoryForALongName()
+{
+    const double before = ownMemoryMb();
+    if (before == 0.0)
+        QSKIP("the system does not tell how much memory the process has");
+    TestRun run;
+    run.begin({QString(50000, QLatin1Char('x'))});
+    constexpr int count = 20000;
+    for (int i = 0; i < count; ++i)
+        run.addRow(59.94, i, 59.0, 1920, 1080, 16, 0, 0);
+    const double grownMb = ownMemoryMb() - before;
+    QVERIFY2(grownMb < 2 * count * 40 / 1e6, qPrintable(QString::number(grownMb)));
+    run.clearRows();
 }
 
 void TestTestRun::deletedWhileRunning()

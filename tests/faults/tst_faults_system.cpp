@@ -74,7 +74,9 @@ private slots:
     void documentsThatTakeNothing_data();
     void documentsThatTakeNothing();
     void documentsFullInTheMiddle();
+    void noHome_data();
     void noHome();
+    void eightEndTogether();
     void clockThatJumps_data();
     void clockThatJumps();
     void stoppedForTenSeconds();
@@ -161,21 +163,70 @@ void TestFaultsSystem::documentsFullInTheMiddle()
     QVERIFY2(run.standardError().contains(notCreated), run.account());
 }
 
+void TestFaultsSystem::noHome_data()
+{
+    QTest::addColumn<QString>("home");
+    QTest::addColumn<bool>("namesJournals");
+    QTest::newRow("not set") << QString() << true;
+    QTest::newRow("empty") << QStringLiteral("") << true;
+    QTest::newRow("the root of the file system") << QStringLiteral("/") << true;
+    QTest::newRow("not set, nor is a folder for journals") << QString() << false;
+}
+
 void TestFaultsSystem::noHome()
 {
+    QFETCH(QString, home);
+    QFETCH(bool, namesJournals);
     TestUnderWay run;
-    run.setVariable(QStringLiteral("HOME"), QString());
-    run.setVariable(QStringLiteral("XDG_CONFIG_HOME"), QString());
+    for (const char *variable : {"XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
+        run.setVariable(QString::fromLatin1(variable), QString());
+    run.setVariable(QStringLiteral("HOME"), home);
+    if (!namesJournals)
+        run.setVariable(QStringLiteral("VEXA_JOURNAL_FOLDER"), QString());
     QVERIFY2(run.begin(), run.account());
     QVERIFY2(run.end(), run.account());
-    // Either a record at the place that it names, or the word that there is none.
-    const QString path = run.recordPath();
-    if (path.isEmpty()) {
-        QVERIFY2(run.standardError().contains(notCreated), run.account());
-    } else {
-        QCOMPARE(TestRecord::read(path).problem, QString());
-        QVERIFY(QFile::remove(path));
+    QVERIFY2(run.standardError().contains(notCreated), run.account());
+    QCOMPARE(run.journals().size(), namesJournals ? 1 : 0);
+    QVERIFY(!QFile::exists(QStringLiteral("/Documents/Tessaly")));
+    QVERIFY(!QFile::exists(QStringLiteral("/.cache/TessalyNDIVexa")));
+}
+
+/// They share their folders, and are asked to end in the same moment.
+void TestFaultsSystem::eightEndTogether()
+{
+    std::vector<std::unique_ptr<ProgramRun>> runs;
+    for (int i = 0; i < 8; ++i) {
+        const QByteArray name = "CAM " + QByteArray::number(i);
+        runs.push_back(std::make_unique<ProgramRun>(QStringList{QStringLiteral("-test"), QString::fromUtf8(name)}));
+        ProgramRun &run = *runs.back();
+        run.setScenario(QByteArray(stage).replace("STAGE", name));
+        run.setVariable(QStringLiteral("HOME"), runs.front()->home());
+        run.setVariable(QStringLiteral("XDG_CONFIG_HOME"), runs.front()->home());
+        run.setVariable(QStringLiteral("VEXA_JOURNAL_FOLDER"), runs.front()->home() + QStringLiteral("/journal"));
+        run.start();
     }
+    for (const auto &run : runs)
+        QVERIFY2(run->waitForDots(50), run->account());
+    while (QTime::currentTime().msec() > 100)
+        QTest::qWait(10);
+    for (const auto &run : runs)
+        run->interrupt(ProgramRun::Interrupt::Interrupt);
+    QStringList names;
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        ProgramRun &run = *runs[i];
+        QVERIFY2(run.waitForFinished() && run.endedWith(1), run.account());
+        const TestRecord record = TestRecord::read(run.recordPath());
+        QCOMPARE(record.problem, QString());
+        QCOMPARE(record.header.left(16), QByteArray("NDI Source Name,"));
+        QCOMPARE(record.rows.size(), run.standardOutput().size());
+        for (const TestRecordRow &row : record.rows)
+            QCOMPARE(row.sourceName, "CAM " + QByteArray::number(int(i)));
+        names.append(QFileInfo(run.recordPath()).fileName());
+    }
+    names.sort();
+    const QDir records(runs.front()->home() + QStringLiteral("/Documents/Tessaly/Vexa"));
+    QCOMPARE(records.entryList(QDir::Files, QDir::Name), names); // each once, and nothing else
+    QCOMPARE(runs.front()->journals(), QStringList());
 }
 
 void TestFaultsSystem::clockThatJumps_data()

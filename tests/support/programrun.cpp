@@ -13,6 +13,15 @@ namespace {
 
 constexpr int longestFolderUseMs = 10000;
 
+QString pathBetween(const QByteArray &text, const QByteArray &before, const QByteArray &after)
+{
+    const int start = text.indexOf(before);
+    const int end = text.indexOf(after, start);
+    if (start < 0 || end < 0)
+        return {};
+    return QString::fromUtf8(text.mid(start + before.size(), end - start - before.size()));
+}
+
 } // namespace
 
 ProgramRun::ProgramRun(const QStringList &arguments)
@@ -142,14 +151,26 @@ QByteArray ProgramRun::standardError()
 
 QString ProgramRun::recordPath()
 {
-    static const QByteArray before("Created the recorded file(");
-    static const QByteArray after(") for your testing!!!!!\n");
-    const QByteArray text = standardError();
-    const int start = text.indexOf(before);
-    const int end = text.indexOf(after, start);
-    if (start < 0 || end < 0)
-        return {};
-    return QString::fromUtf8(text.mid(start + before.size(), end - start - before.size()));
+    return pathBetween(standardError(), "Created the recorded file(", ") for your testing!!!!!\n");
+}
+
+QString ProgramRun::recoverRecord(QByteArray *said) const
+{
+    QProcess next;
+    next.setProcessEnvironment(m_environment);
+    next.setWorkingDirectory(m_folder.path());
+    next.start(programPath(),
+               {QStringLiteral("-test"), QStringLiteral("x"), QStringLiteral("-time"), QStringLiteral("0")});
+    next.waitForFinished();
+    const QByteArray text = next.readAllStandardError();
+    if (said)
+        *said = text;
+    return pathBetween(text, "Recovered the record of an interrupted test (", "), ");
+}
+
+QStringList ProgramRun::journals() const
+{
+    return QDir(home() + QLatin1String("/journal")).entryList(QDir::Files);
 }
 
 QString ProgramRun::truthPath() const

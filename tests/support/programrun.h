@@ -44,6 +44,11 @@ public:
     QByteArray standardError();
     /// The record that it says it made, empty when it says none.
     QString recordPath();
+    /// Starts the program once more in the same home, after its end, with a test whose time is refused. The path of the
+    /// record that it says it recovered, empty when it says none; *said: what it said.
+    QString recoverRecord(QByteArray *said = nullptr) const;
+    /// The journals in its home.
+    QStringList journals() const;
     QString truthPath() const;
     QString folder() const { return m_folder.path(); }
     QString home() const { return m_folder.filePath(QStringLiteral("home")); }

@@ -1,4 +1,4 @@
-#include "app/journalfile.h"
+#include "app/lockedfile.h"
 
 #include <QDir>
 #include <QFile>
@@ -62,9 +62,19 @@ std::uint64_t startToken(std::int64_t processId)
     return fields.at(startTimeField).toULongLong() ^ (bootMark << 32);
 }
 
+/// Brings the names in a file's folder to the disk. Some file systems cannot, which is no loss.
+void syncFolderOf(const QString &path)
+{
+    const int folder = open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0)
+        return;
+    static_cast<void>(fsync(folder));
+    ::close(folder);
+}
+
 } // namespace
 
-bool JournalFile::create(const QString &folder, const QString &name)
+bool LockedFile::create(const QString &folder, const QString &name)
 {
     close();
     const int folderDescriptor = openPrivateFolder(folder);
@@ -84,7 +94,7 @@ bool JournalFile::create(const QString &folder, const QString &name)
     return false;
 }
 
-bool JournalFile::openLeft(const QString &folder, const QString &name)
+bool LockedFile::openLeft(const QString &folder, const QString &name)
 {
     close();
     const QString path = folder + QLatin1Char('/') + name;
@@ -107,7 +117,26 @@ bool JournalFile::openLeft(const QString &folder, const QString &name)
     return true;
 }
 
-bool JournalFile::append(const QByteArray &bytes)
+LockedFile::Lock LockedFile::openLock(const QString &path)
+{
+    close();
+    const int file =
+        open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
+    struct stat status = {};
+    if (file < 0)
+        return Lock::Unusable;
+    const bool isRegular = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    if (isRegular && flock(file, LOCK_EX | LOCK_NB) == 0) {
+        m_handle = file;
+        m_path = path;
+        return Lock::Held;
+    }
+    const bool isBusy = isRegular && errno == EWOULDBLOCK;
+    ::close(file);
+    return isBusy ? Lock::Busy : Lock::Unusable;
+}
+
+bool LockedFile::append(const QByteArray &bytes)
 {
     qint64 done = 0;
     while (done < bytes.size()) {
@@ -125,20 +154,20 @@ bool JournalFile::append(const QByteArray &bytes)
     return true;
 }
 
-qint64 JournalFile::sizeBytes() const
+qint64 LockedFile::sizeBytes() const
 {
     struct stat status = {};
     return fstat(descriptorOf(m_handle), &status) == 0 ? status.st_size : -1;
 }
 
-qint64 JournalFile::ageS() const
+qint64 LockedFile::ageS() const
 {
     struct stat status = {};
     return fstat(descriptorOf(m_handle), &status) == 0 ? qMax(qint64(std::time(nullptr) - status.st_mtime), qint64(0))
                                                        : -1;
 }
 
-QByteArray JournalFile::readAll(qint64 mostBytes) const
+QByteArray LockedFile::readAll(qint64 mostBytes) const
 {
     const qint64 size = sizeBytes();
     if (size < 0 || size > mostBytes)
@@ -160,14 +189,14 @@ QByteArray JournalFile::readAll(qint64 mostBytes) const
     return bytes;
 }
 
-bool JournalFile::remove()
+bool LockedFile::remove()
 {
     const bool removed = unlink(QFile::encodeName(m_path).constData()) == 0;
     close();
     return removed;
 }
 
-bool JournalFile::renameTo(const QString &name)
+bool LockedFile::renameTo(const QString &name)
 {
     const QString newPath = QFileInfo(m_path).path() + QLatin1Char('/') + name;
     const bool renamed =
@@ -176,7 +205,7 @@ bool JournalFile::renameTo(const QString &name)
     return renamed;
 }
 
-void JournalFile::close()
+void LockedFile::close()
 {
     if (m_handle != none)
         ::close(descriptorOf(m_handle));
@@ -191,4 +220,32 @@ ProcessIdentity ownProcess()
 bool isProcessAlive(const ProcessIdentity &process)
 {
     return process.processId > 0 && startToken(process.processId) == process.startToken && process.startToken != 0;
+}
+
+bool syncFile(QFile *file)
+{
+    // EINVAL: a file of a kind that cannot be synchronised, which is no loss.
+    if (fdatasync(file->handle()) != 0 && errno != EINVAL)
+        return false;
+    syncFolderOf(file->fileName());
+    return true;
+}
+
+bool renameToFreeName(const QString &path, const QString &newPath)
+{
+    const QByteArray from = QFile::encodeName(path);
+    const QByteArray to = QFile::encodeName(newPath);
+    bool isRenamed = renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0;
+    if (!isRenamed && (errno == EINVAL || errno == ENOSYS)) { // a file system that knows only the plain rename
+        const int claim = open(to.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        if (claim >= 0) {
+            ::close(claim);
+            isRenamed = std::rename(from.constData(), to.constData()) == 0;
+            if (!isRenamed)
+                unlink(to.constData());
+        }
+    }
+    if (isRenamed)
+        syncFolderOf(newPath);
+    return isRenamed;
 }

@@ -1,6 +1,7 @@
-#include "app/journalfile.h"
+#include "app/lockedfile.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <memory>
@@ -25,11 +26,10 @@ std::wstring systemPath(const QString &path)
 
 /// Sharing no writing is the lock: nobody else can open the file like this until the handle is closed; others
 /// may read it if they share writing and deleting.
-std::intptr_t openAlone(const QString &path, DWORD disposition)
+std::intptr_t openAlone(const QString &path, DWORD disposition, DWORD attributes = FILE_ATTRIBUTE_NORMAL)
 {
-    const HANDLE handle =
-        CreateFileW(systemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_READ, nullptr,
-                    disposition, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    const HANDLE handle = CreateFileW(systemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_READ,
+                                      nullptr, disposition, attributes | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
         return -1;
     BY_HANDLE_FILE_INFORMATION information = {};
@@ -55,12 +55,16 @@ std::uint64_t startToken(HANDLE process)
 }
 
 struct HandleCloser {
-    void operator()(void *handle) const noexcept { CloseHandle(handle); }
+    void operator()(void *handle) const noexcept
+    {
+        if (handle != INVALID_HANDLE_VALUE)
+            CloseHandle(handle);
+    }
 };
 
 } // namespace
 
-bool JournalFile::create(const QString &folder, const QString &name)
+bool LockedFile::create(const QString &folder, const QString &name)
 {
     close();
     if (!QDir().mkpath(folder))
@@ -71,7 +75,7 @@ bool JournalFile::create(const QString &folder, const QString &name)
     return isOpen();
 }
 
-bool JournalFile::openLeft(const QString &folder, const QString &name)
+bool LockedFile::openLeft(const QString &folder, const QString &name)
 {
     close();
     m_path = folder + QLatin1Char('/') + name;
@@ -79,7 +83,17 @@ bool JournalFile::openLeft(const QString &folder, const QString &name)
     return isOpen();
 }
 
-bool JournalFile::append(const QByteArray &bytes)
+LockedFile::Lock LockedFile::openLock(const QString &path)
+{
+    close();
+    m_path = path;
+    m_handle = openAlone(path, OPEN_ALWAYS, FILE_ATTRIBUTE_HIDDEN);
+    if (isOpen())
+        return Lock::Held;
+    return GetLastError() == ERROR_SHARING_VIOLATION ? Lock::Busy : Lock::Unusable;
+}
+
+bool LockedFile::append(const QByteArray &bytes)
 {
     DWORD written = 0;
     if (WriteFile(handleOf(m_handle), bytes.constData(), DWORD(bytes.size()), &written, nullptr)
@@ -94,13 +108,13 @@ bool JournalFile::append(const QByteArray &bytes)
     return false;
 }
 
-qint64 JournalFile::sizeBytes() const
+qint64 LockedFile::sizeBytes() const
 {
     LARGE_INTEGER size = {};
     return GetFileSizeEx(handleOf(m_handle), &size) ? qint64(size.QuadPart) : -1;
 }
 
-qint64 JournalFile::ageS() const
+qint64 LockedFile::ageS() const
 {
     FILETIME written = {};
     FILETIME now = {};
@@ -111,7 +125,7 @@ qint64 JournalFile::ageS() const
     return qMax(qint64(numberOf(now) - numberOf(written)) / unitsPerSecond, qint64(0));
 }
 
-QByteArray JournalFile::readAll(qint64 mostBytes) const
+QByteArray LockedFile::readAll(qint64 mostBytes) const
 {
     const qint64 size = sizeBytes();
     if (size < 0 || size > mostBytes)
@@ -126,7 +140,7 @@ QByteArray JournalFile::readAll(qint64 mostBytes) const
     return bytes;
 }
 
-bool JournalFile::remove()
+bool LockedFile::remove()
 {
     FILE_DISPOSITION_INFO information = {};
     information.DeleteFile = TRUE;
@@ -136,14 +150,14 @@ bool JournalFile::remove()
     return removed;
 }
 
-bool JournalFile::renameTo(const QString &name)
+bool LockedFile::renameTo(const QString &name)
 {
     const QString newPath = QFileInfo(m_path).path() + QLatin1Char('/') + name;
     close(); // a file that is open alone cannot be moved by its name
     return MoveFileExW(systemPath(m_path).c_str(), systemPath(newPath).c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
 }
 
-void JournalFile::close()
+void LockedFile::close()
 {
     if (m_handle != none)
         CloseHandle(handleOf(m_handle));
@@ -162,4 +176,18 @@ bool isProcessAlive(const ProcessIdentity &process)
     if (!handle || startToken(handle.get()) != process.startToken)
         return false;
     return WaitForSingleObject(handle.get(), 0) == WAIT_TIMEOUT; // a dead process is there while a handle is
+}
+
+bool syncFile(QFile *file)
+{
+    // QFile does not give the system's handle; any handle brings the whole file to the disk.
+    const std::unique_ptr<void, HandleCloser> handle(CreateFileW(systemPath(file->fileName()).c_str(), GENERIC_WRITE,
+                                                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                                                 nullptr, OPEN_EXISTING, 0, nullptr));
+    return handle.get() != INVALID_HANDLE_VALUE && FlushFileBuffers(handle.get()) != 0;
+}
+
+bool renameToFreeName(const QString &path, const QString &newPath)
+{
+    return MoveFileExW(systemPath(path).c_str(), systemPath(newPath).c_str(), MOVEFILE_WRITE_THROUGH) != 0;
 }

@@ -7,15 +7,19 @@
 
 #include <cstdint>
 
-/// The file of a journal, locked against all other programs from its creation to its end, so that it can
-/// be seen whether somebody still writes it. The system gives the lock back when the process dies in any
-/// way. One thread at a time.
-class JournalFile final {
+class QFile;
+
+/// What records and journals need of the file system and Qt does not offer.
+
+/// A file that is locked against all other programs while it is open: a journal, so that its readers see whether
+/// it is still written, or a file that is nothing but a lock. The system releases the lock when the process dies
+/// in any way. One thread at a time.
+class LockedFile final {
 public:
-    JournalFile() = default;
-    ~JournalFile() { close(); }
-    JournalFile(const JournalFile &) = delete;
-    JournalFile &operator=(const JournalFile &) = delete;
+    LockedFile() = default;
+    ~LockedFile() { close(); }
+    LockedFile(const LockedFile &) = delete;
+    LockedFile &operator=(const LockedFile &) = delete;
 
     /// Makes a new file in this folder, which is made too and must be the user's own and private. Links
     /// are not followed. False: no file.
@@ -23,6 +27,15 @@ public:
     /// Opens a file that a program has left, to be read. False when one still holds it, when it is not
     /// an ordinary file of this user, or is not there any more.
     bool openLeft(const QString &folder, const QString &name);
+
+    enum class Lock {
+        Held,    ///< by this object
+        Busy,    ///< another object or process holds it
+        Unusable ///< the file cannot be opened, or its file system has no locks
+    };
+    /// Opens an empty file that serves as a lock, and makes it when it is not there. Links are not followed. Does not
+    /// wait.
+    Lock openLock(const QString &path);
 
     bool isOpen() const { return m_handle != none; }
     QString path() const { return m_path; }
@@ -52,3 +65,10 @@ private:
 ProcessIdentity ownProcess();
 /// Whether that very process is still there.
 bool isProcessAlive(const ProcessIdentity &process);
+
+/// Brings what was written to an open file, and its name, to the disk. False when the system reports that it could
+/// not: some file systems tell only here that the disk was full.
+bool syncFile(QFile *file);
+/// Renames a file and brings the new name to the disk. False when it could not or when there is a file of that name,
+/// which is never replaced, even if another process makes it at the same moment.
+bool renameToFreeName(const QString &path, const QString &newPath);
