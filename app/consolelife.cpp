@@ -35,7 +35,6 @@ void tellRecoveredJournals()
 int runConsole(const QStringList &arguments)
 {
     Interrupts interrupts; // first, so that no interrupt ends the process in its own way
-    tellRecoveredJournals();
     printBanner();
     NDIMainObject mainObject;
     // Direct, on the object's own thread: nothing more is printed once it wants to end.
@@ -44,6 +43,8 @@ int runConsole(const QStringList &arguments)
         Qt::DirectConnection);
 
     const ConsoleRequest request = parseConsoleArguments(arguments);
+    if (request.action != ConsoleRequest::Action::PrintUsage)
+        tellRecoveredJournals();
     switch (request.action) {
     case ConsoleRequest::Action::FindSources:
         mainObject.findSources(true);

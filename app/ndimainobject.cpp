@@ -226,14 +226,8 @@ void NDIMainObject::sourceTestFinished(int index)
     if (m_test->isRunning())
         return;
     print(QStringLiteral("All Receivers have been closed."));
-    if (!m_testEnded && m_test->hasRows()) {
-        m_testEnded = true;
-        if (m_test->writeRecord())
-            printRecordCreated();
-        else
-            printRecordFailed();
-    }
-    m_test->clearRows(); // a test without rows leaves no journal
+    m_testEnded = true;
+    m_test->leaveRowsToJournal();
     emit quitApplication();
 }
 

@@ -1,3 +1,4 @@
+#include "app/journalformat.h"
 #include "tests/support/programrun.h"
 #include "tests/support/testbase.h"
 #include "tests/support/usagetext.h"
@@ -54,6 +55,8 @@ private slots:
     void missingRuntimeIsExplained();
     void crashFolderIsMadeInTheWorkingFolder();
     void namesAreTheSameBytesEverywhere();
+    void recoveredJournalsAreToldBehindTheBanner_data();
+    void recoveredJournalsAreToldBehindTheBanner();
     void aListThatNeverSettlesEndsAfterAMinute();
 
 private:
@@ -189,11 +192,60 @@ void TestConsoleTranscripts::namesAreTheSameBytesEverywhere()
     run.start();
     QVERIFY2(run.waitForFinished(), run.account());
     QVERIFY2(run.standardError().contains("NDI Source : " + name + '\n'), run.account());
-    QFile record(run.recordPath());
+    QFile record(run.recoverRecord()); // its receiver has failed
     QVERIFY2(record.open(QIODevice::ReadOnly), run.account());
     const QList<QByteArray> lines = record.readAll().split('\n');
     QCOMPARE(lines.size(), 1 + 5 + 1);
     QVERIFY2(lines.at(1).startsWith(name + ','), lines.at(1));
+}
+
+void TestConsoleTranscripts::recoveredJournalsAreToldBehindTheBanner_data()
+{
+    QTest::addColumn<QString>("arguments");
+    QTest::addColumn<bool>("isTold");
+    QTest::addColumn<QByteArray>("rest");
+    const QByteArray found = checking + runtimeLine + "NDI Sources : 1\n[1] CAM\n";
+    QTest::newRow("search") << QStringLiteral("-findsources") << true << found;
+    QTest::newRow("test") << QStringLiteral("-test|no such source") << true
+                          << checking + runtimeLine + "Not found NDI source [no such source]\n" + usageText;
+    QTest::newRow("refused test") << QStringLiteral("-test|CAM|-time|0") << true
+                                  << "Invalidated time parameter.\n" + usageText;
+    QTest::newRow("help") << QStringLiteral("-help") << false << usageText;
+    QTest::newRow("help beside a test") << QStringLiteral("-test|CAM|-help") << false << usageText;
+    QTest::newRow("neither") << QStringLiteral("CAM") << false << usageText;
+}
+
+void TestConsoleTranscripts::recoveredJournalsAreToldBehindTheBanner()
+{
+    QFETCH(QString, arguments);
+    QFETCH(bool, isTold);
+    QFETCH(QByteArray, rest);
+    ProgramRun run(arguments.split(QLatin1Char('|')));
+    run.setScenario(scenarioOf("{\"name\":\"CAM\"}"));
+    JournalEncoder encoder;
+    QByteArray block;
+    const QByteArray start = encoder.start({{999999999, 1}, QDateTime::currentDateTime(), {QStringLiteral("CAM")}});
+    encoder.rows({{59.94, 59.0, 16, 1920, 1080, 16, 0, 0}}, 0, &block);
+    QVERIFY(QDir().mkpath(run.home() + QLatin1String("/journal")));
+    QFile journal(run.home() + QLatin1String("/journal/1.journal"));
+    QVERIFY(journal.open(QIODevice::WriteOnly));
+    journal.write(start + block);
+    journal.close();
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QByteArray said = run.standardError();
+    QVERIFY2(said.startsWith(banner), said);
+    said.remove(0, banner.size());
+    if (isTold) {
+        const int end = said.indexOf('\n') + 1;
+        const QByteArray line = said.left(end);
+        said.remove(0, end);
+        const QByteArray before = "Recovered the record of an interrupted test (";
+        QVERIFY2(line.startsWith(before) && line.endsWith("), 1 rows.\n"), line);
+        QVERIFY(QFile::remove(QString::fromUtf8(line.mid(before.size(), line.lastIndexOf(')') - before.size()))));
+    }
+    QCOMPARE(said, rest);
+    QCOMPARE(run.journals().size(), isTold ? 0 : 1);
 }
 
 void TestConsoleTranscripts::aListThatNeverSettlesEndsAfterAMinute()

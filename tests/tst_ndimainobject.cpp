@@ -1,3 +1,4 @@
+#include "app/journalformat.h"
 #include "app/ndimainobject.h"
 #include "app/recordfile.h"
 #include "tests/support/fakendi.h"
@@ -6,6 +7,7 @@
 #include "tests/support/testrecord.h"
 #include "tests/support/usagetext.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSemaphore>
 #include <QSignalSpy>
@@ -89,7 +91,7 @@ private slots:
     void timerEndsTheTest();
     void rowsAreWhatWasReceived();
     void framesWithoutSizeAreIgnored();
-    void receiversThatEndEarlyLeaveTheirRecord();
+    void receiversThatEndEarlyLeaveTheirJournal();
     void receiversThatEndWithoutAFrameLeaveNone();
     void stopIsTakenOnce();
     void aSecondTestStartsAfresh();
@@ -101,7 +103,10 @@ private slots:
     void controlsInNamesStayOffTheTerminal();
 
 private:
+    void stop(NDIMainObject *object);
     void readRecord(TestRecord *record);
+    /// Rows of the only journal that a test has left, which is removed; -1 when there is none, -2 when there are more.
+    int takeJournal() const;
 
     TestHome m_home;
     QStringList m_made;
@@ -110,6 +115,7 @@ private:
 void TestNDIMainObject::initTestCase()
 {
     QVERIFY(m_home.use());
+    qputenv("VEXA_JOURNAL_FOLDER", m_home.filePath(QStringLiteral("journal")).toUtf8());
 }
 
 void TestNDIMainObject::cleanupTestCase()
@@ -122,6 +128,25 @@ void TestNDIMainObject::readRecord(TestRecord *record)
 {
     m_made.append(recordPath());
     *record = TestRecord::read(recordPath());
+}
+
+void TestNDIMainObject::stop(NDIMainObject *object)
+{
+    QMetaObject::invokeMethod(
+        object, [object] { object->stopTest(); }, Qt::BlockingQueuedConnection);
+}
+
+int TestNDIMainObject::takeJournal() const
+{
+    const QDir folder(m_home.filePath(QStringLiteral("journal")));
+    const QStringList files = folder.entryList(QDir::Files);
+    if (files.size() != 1)
+        return files.isEmpty() ? -1 : -2;
+    QFile file(folder.filePath(files.first()));
+    if (!file.open(QIODevice::ReadOnly))
+        return -2;
+    const int rows = int(JournalReader(file.readAll()).rowCount());
+    return file.remove() ? rows : -2;
 }
 
 void TestNDIMainObject::usage()
@@ -287,13 +312,13 @@ void TestNDIMainObject::rowsAreWhatWasReceived()
 {
     FakeNdi ndi;
     ndi.setSourceLists({{"B\xc3\x9cHNE (1)"}});
-    ndi.setScript({hd25, FakeFrame::ofVideo(1280, 720, 60000, 1001), errorFrame});
+    ndi.setScript({hd25, FakeFrame::ofVideo(1280, 720, 60000, 1001)});
     CollectingConsole console;
     NDIMainObject object;
     object.setConsole(&console);
-    QSignalSpy ends(&object, &NDIMainObject::quitApplication);
     QVERIFY(object.startTest(QString::fromLatin1("B\xc3\x9cHNE (1)"), 1, 1));
-    QTRY_COMPARE(ends.count(), 1);
+    QTRY_COMPARE(console.dots(), 2);
+    stop(&object);
     TestRecord record;
     readRecord(&record);
     QCOMPARE(record.rows.size(), 2);
@@ -313,13 +338,13 @@ void TestNDIMainObject::framesWithoutSizeAreIgnored()
     FakeNdi ndi;
     ndi.setSourceLists({{"CAM"}});
     const FakeFrame noWidth = FakeFrame::ofVideo(0, 1080, 25, 1);
-    ndi.setScript({FakeFrame::ofVideo(0, 0, 25, 1), hd25, FakeFrame::ofVideo(0, 0, 25, 1), noWidth, errorFrame});
+    ndi.setScript({FakeFrame::ofVideo(0, 0, 25, 1), hd25, FakeFrame::ofVideo(0, 0, 25, 1), noWidth});
     CollectingConsole console;
     NDIMainObject object;
     object.setConsole(&console);
-    QSignalSpy ends(&object, &NDIMainObject::quitApplication);
     QVERIFY(object.startTest(QStringLiteral("CAM"), 1, 1));
-    QTRY_COMPARE(ends.count(), 1);
+    QTRY_COMPARE(console.dots(), 2);
+    stop(&object);
     TestRecord record;
     readRecord(&record);
     QCOMPARE(record.rows.size(), 2); // only both together are no size
@@ -327,7 +352,7 @@ void TestNDIMainObject::framesWithoutSizeAreIgnored()
     QCOMPARE(console.dots(), 2);
 }
 
-void TestNDIMainObject::receiversThatEndEarlyLeaveTheirRecord()
+void TestNDIMainObject::receiversThatEndEarlyLeaveTheirJournal()
 {
     FakeNdi ndi;
     ndi.setSourceLists({{"A", "B", "CAM"}});
@@ -336,16 +361,17 @@ void TestNDIMainObject::receiversThatEndEarlyLeaveTheirRecord()
     NDIMainObject object;
     object.setConsole(&console);
     QSignalSpy ends(&object, &NDIMainObject::quitApplication);
+    const QString before = recordPath();
     QVERIFY(object.startTest(QStringLiteral("CAM"), 5, 8));
     QTRY_COMPARE(ends.count(), 1);
-    TestRecord record;
-    readRecord(&record);
-    QCOMPARE(record.rows.size(), 16);
     QVERIFY2(console.text().endsWith("Start Testing...\n"
                                      "Receiver [2] has been closed.\n"
-                                     "All Receivers have been closed.\n"
-                                     + createdLine()),
+                                     "All Receivers have been closed.\n"),
              console.text());
+    stop(&object); // as when the time is up in the same moment
+    QCOMPARE(ends.count(), 1);
+    QCOMPARE(recordPath(), before);
+    QCOMPARE(takeJournal(), 16);
 }
 
 void TestNDIMainObject::receiversThatEndWithoutAFrameLeaveNone()
@@ -363,6 +389,7 @@ void TestNDIMainObject::receiversThatEndWithoutAFrameLeaveNone()
                                      "Receiver [0] has been closed.\n"
                                      "All Receivers have been closed.\n"),
              console.text());
+    QCOMPARE(takeJournal(), -1);
 }
 
 void TestNDIMainObject::stopIsTakenOnce()
@@ -403,9 +430,7 @@ void TestNDIMainObject::aSecondTestStartsAfresh()
     for (int test = 1; test <= 2; ++test) {
         QVERIFY(object.startTest(QStringLiteral("CAM"), 1, 1));
         QTRY_COMPARE(ends.count(), test);
-        TestRecord record;
-        readRecord(&record);
-        QCOMPARE(record.rows.size(), 1);
+        QCOMPARE(takeJournal(), 1);
     }
 }
 

@@ -180,9 +180,7 @@ std::map<QByteArray, Fault> TestFaultsSources::faults()
         }};
     all["error frame first, on all receivers"] = {
         fifty("\"startMs\":3000,\"events\":[{\"kind\":\"error\",\"atMs\":2000}]"), 3, true, [](const Outcome &outcome) {
-            QVERIFY2(outcome.run->standardError().endsWith("All Receivers have been closed.\n"),
-                     outcome.run->account());
-            QVERIFY(outcome.run->recordPath().isEmpty()); // nothing was measured
+            QVERIFY(outcome.record.header.isEmpty()); // nothing was measured
         }};
     all["error frame in the middle, on all receivers"] = {fifty("\"events\":[{\"kind\":\"error\",\"atMs\":4000}]"), 3,
                                                           true, [](const Outcome &outcome) {
@@ -262,8 +260,15 @@ void TestFaultsSources::initTestCase()
             (name + ": " + outcome.run->account()).constData());
         QVERIFY2(outcome.run->endedWith(1), outcome.run->account());
         outcome.events = loopback::readTruth(outcome.run->truthPath().toStdString());
-        if (!outcome.run->recordPath().isEmpty())
-            outcome.record = TestRecord::read(outcome.run->recordPath());
+        QString record = outcome.run->recordPath();
+        if (m_faults.at(name).endsByItself) { // the next start makes the record
+            QVERIFY2(outcome.run->standardError().endsWith("All Receivers have been closed.\n"),
+                     outcome.run->account());
+            record = outcome.run->recoverRecord();
+            QCOMPARE(outcome.run->journals(), QStringList());
+        }
+        if (!record.isEmpty())
+            outcome.record = TestRecord::read(record);
     }
 }
 
