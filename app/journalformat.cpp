@@ -158,12 +158,12 @@ JournalReader::JournalReader(const QByteArray &bytes) : m_bytes(bytes)
 {
     const QByteArray begin = QByteArray::fromRawData(magic, int(sizeof magic));
     qint64 offset = 0;
-    bool passedOver = false; // something that no good block has followed yet
+    bool isSkipped = false; // bytes that no good block has followed yet
     std::int64_t lastSequence = -1;
     while (m_checksLeft > 0) {
         Block block;
         if (!blockAt(offset, &block)) {
-            passedOver = true;
+            isSkipped = true;
             const int next = m_bytes.indexOf(begin, int(offset) + 1);
             if (offset >= m_bytes.size() || next < 0)
                 break;
@@ -180,11 +180,22 @@ JournalReader::JournalReader(const QByteArray &bytes) : m_bytes(bytes)
         }
         if (block.sequence <= lastSequence) // a block twice: the first one counts
             continue;
-        m_isDamaged = m_isDamaged || passedOver || block.sequence != lastSequence + 1;
-        passedOver = false;
+        const bool isNext = !isSkipped && block.sequence == lastSequence + 1;
+        const bool onlyStartIsMissing = lastSequence < 0 && block.sequence == 1;
+        m_isDamaged = m_isDamaged || (!isNext && !onlyStartIsMissing);
+        isSkipped = false;
         lastSequence = block.sequence;
         take(block);
     }
+    if (m_hasStart || m_rowCount > 0)
+        m_kind = Kind::Journal;
+}
+
+QString JournalReader::sourceName(int index) const
+{
+    const QString name = m_start.names.value(index);
+    const bool wasThere = !m_hasStart || std::uint32_t(index) < m_nameCount;
+    return name.isNull() && wasThere ? QStringLiteral("Source %1").arg(qint64(index) + 1) : name;
 }
 
 bool JournalReader::blockAt(qint64 offset, Block *block)
@@ -212,12 +223,13 @@ bool JournalReader::blockAt(qint64 offset, Block *block)
 void JournalReader::take(const Block &block)
 {
     const char *const payload = block.payload;
-    if (block.kind == startKind && m_kind != Kind::Journal && block.payloadBytes >= startBytes) {
+    if (block.kind == startKind && !m_hasStart && block.payloadBytes >= startBytes) {
         m_start.owner.processId = get<std::int64_t>(payload);
         m_start.owner.startToken = get<std::uint64_t>(payload + 8);
         const int offsetS = qBound(-longestOffsetS, get<std::int32_t>(payload + 24), longestOffsetS);
         m_start.startTime = QDateTime::fromMSecsSinceEpoch(get<std::int64_t>(payload + 16), Qt::OffsetFromUTC, offsetS);
-        m_kind = Kind::Journal;
+        m_nameCount = get<std::uint32_t>(payload + 28);
+        m_hasStart = true;
     } else if (block.kind == namesKind && block.payloadBytes >= 4) {
         takeNames(block);
     } else if (block.kind == rowsKind && block.payloadBytes >= rowsHeadBytes) {
@@ -237,9 +249,9 @@ void JournalReader::takeNames(const Block &block)
         at += 4;
         if (bytes > std::uint32_t(end - at))
             return;
-        while (std::uint32_t(m_start.names.size()) <= index) // names of a lost block are empty
+        while (std::uint32_t(m_start.names.size()) <= index) // names of a lost block are null
             m_start.names.append(QString());
-        m_start.names[int(index)] = QString::fromUtf8(at, int(bytes));
+        m_start.names[int(index)] = QLatin1String("") + QString::fromUtf8(at, int(bytes)); // not null when empty
         at += bytes;
         ++index;
     }

@@ -47,12 +47,12 @@ private:
     std::uint32_t m_sequence = 0;
 };
 
-/// Reads a journal from its bytes, whatever they are. Blocks that are torn or damaged are passed over.
+/// Reads a journal from its bytes, whatever they are. Blocks that are torn or damaged are skipped.
 class JournalReader final {
 public:
     enum class Kind {
-        Journal,     ///< start() is good and there may be rows
-        Unknown,     ///< no start block
+        Journal,     ///< there is a start, or there are rows
+        Unknown,     ///< neither
         OtherVersion ///< from another version of the program
     };
 
@@ -60,11 +60,15 @@ public:
     explicit JournalReader(const QByteArray &bytes);
 
     Kind kind() const { return m_kind; }
+    /// Whether the start block is good. Without it, owner and startTime of start() are not known.
+    bool hasStart() const { return m_hasStart; }
     const JournalStart &start() const { return m_start; }
+    /// The name of a source, or "Source 3" for the third one when its name was in a spoilt block.
+    QString sourceName(int index) const;
     qint64 rowCount() const { return m_rowCount; }
     /// Rows that found no place in memory when they were measured.
     std::uint32_t lostRows() const { return m_lostRows; }
-    /// Whether a block is missing or spoilt, the last one excepted, which may be torn.
+    /// Whether a block that may have held rows is missing or spoilt. The last one does not count, it may be torn.
     bool isDamaged() const { return m_isDamaged; }
     /// The next row in their order; false after the last.
     bool nextRow(Measurement *row);
@@ -86,6 +90,8 @@ private:
     QByteArray m_bytes;
     Kind m_kind = Kind::Unknown;
     JournalStart m_start;
+    bool m_hasStart = false;
+    std::uint32_t m_nameCount = 0; ///< as the start block says
     QVector<Block> m_rowBlocks;
     qint64 m_rowCount = 0;
     std::uint32_t m_lostRows = 0;

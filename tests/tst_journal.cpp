@@ -36,6 +36,18 @@ void writeFile(const QString &path, const QByteArray &bytes)
     QCOMPARE(file.write(bytes), qint64(bytes.size()));
 }
 
+void setChanged(const QString &path, const QDateTime &time)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QVERIFY(file.setFileTime(time, QFileDevice::FileModificationTime));
+}
+
+void setAge(const QString &path, int seconds)
+{
+    setChanged(path, QDateTime::currentDateTime().addSecs(-seconds));
+}
+
 QByteArray recordText(int rows)
 {
     QString text = recordHeader() + QLatin1Char('\n');
@@ -45,6 +57,8 @@ QByteArray recordText(int rows)
     }
     return text.toUtf8();
 }
+
+const QDateTime startInThePast(QDate(2021, 2, 3), QTime(4, 5, 6), Qt::LocalTime);
 
 QDateTime startOf(int number)
 {
@@ -89,6 +103,9 @@ private slots:
     void aRecordThatCannotBeWrittenKeepsTheJournal();
     void whatCannotBeReadIsPutAside_data();
     void whatCannotBeReadIsPutAside();
+    void whatIsAsideGoesAfterThirtyDays();
+    void aSpoiltStartGivesItsRows_data();
+    void aSpoiltStartGivesItsRows();
     void aStartThatNobodyGoesOnWithGoesAway();
     void linesTellTheUser();
     void recoveryInTheBackground();
@@ -222,10 +239,22 @@ void TestJournal::aRecordThatFailsLeavesTheJournal()
 void TestJournal::rowsWithoutARecordStay()
 {
     startAfresh();
+    TestRecorder recorder;
+    recorder.begin(names);
+    QTRY_COMPARE(filesLeft().size(), 1);
+    recorder.leaveToJournal(); // a test without rows
+    QCOMPARE(filesLeft(), QStringList());
+    recorder.begin(names);
+    recorder.sink()->add(rowNumber(0));
+    recorder.add(rowNumber(0));
+    recorder.leaveToJournal();
+    QVERIFY(!recorder.hasRows());
+    QCOMPARE(filesLeft().size(), 1);
+    QVERIFY(QFile::remove(folder() + QLatin1Char('/') + filesLeft().first()));
     {
-        TestRecorder recorder;
-        recorder.begin(names);
-        recorder.sink()->add(rowNumber(0));
+        TestRecorder destroyed;
+        destroyed.begin(names);
+        destroyed.sink()->add(rowNumber(0));
     }
     QCOMPARE(filesLeft().size(), 1);
     JournalReader reader(contents(folder() + QLatin1Char('/') + filesLeft().first()));
@@ -415,7 +444,7 @@ void TestJournal::whatCannotBeReadIsPutAside_data()
     const QByteArray good = journalBytes(nobody, startOf(8), 30);
     const QStringList itself{QStringLiteral("1.journal")};
     const QStringList aside{QStringLiteral("1.journal.bad")};
-    QTest::newRow("no start") << good.mid(1) << aside << 1;
+    QTest::newRow("no good block") << good.left(40).repeated(50) << aside << 1;
     QTest::newRow("noise") << QByteArray("VXJB and other noise").repeated(300) << aside << 1;
     QTest::newRow("a start under way") << good.left(30) << itself << 0; // its owner may be about to lock it
     QTest::newRow("empty, just made") << QByteArray() << itself << 0;
@@ -432,13 +461,62 @@ void TestJournal::whatCannotBeReadIsPutAside()
     QCOMPARE(recoverJournals().size(), 0); // once
 }
 
+void TestJournal::whatIsAsideGoesAfterThirtyDays()
+{
+    startAfresh();
+    constexpr int dayS = 24 * 3600;
+    setAge(leave(QStringLiteral("1.journal"), QByteArray(2000, 'x')), 40 * dayS);
+    setAge(leave(QStringLiteral("2.journal.bad"), QByteArray(2000, 'x')), 30 * dayS + 60);
+    setAge(leave(QStringLiteral("3.journal.bad"), QByteArray(2000, 'x')), 30 * dayS - 60);
+    setAge(leave(QStringLiteral("4.bad"), QByteArray(2000, 'x')), 40 * dayS);
+    QCOMPARE(recoverJournals().size(), 1);
+    const QStringList left{QStringLiteral("1.journal.bad"), QStringLiteral("3.journal.bad"), QStringLiteral("4.bad")};
+    QCOMPARE(filesLeft(), left);
+    QCOMPARE(recoverJournals().size(), 0); // its days count from now on
+    QCOMPARE(filesLeft(), left);
+}
+
+void TestJournal::aSpoiltStartGivesItsRows_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("haveNames");
+    const QString named =
+        QStringLiteral("%1-4711-1.journal").arg(startInThePast.toMSecsSinceEpoch(), 14, 10, QLatin1Char('0'));
+    QTest::newRow("start time by the name") << named << true;
+    QTest::newRow("names lost, too") << named << false;
+    QTest::newRow("start time by the file") << QStringLiteral("1.journal") << true;
+}
+
+void TestJournal::aSpoiltStartGivesItsRows()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, haveNames);
+    startAfresh();
+    QByteArray bytes = journalBytes(nobody, startInThePast, 20);
+    bytes[12] = char(0x55);
+    const int namesAt = bytes.indexOf("VXJB", 1);
+    if (!haveNames)
+        bytes[namesAt + 30] = char(~bytes.at(namesAt + 30));
+    setChanged(leave(name, bytes), startInThePast);
+    const QStringList lines = recoverJournals();
+    const QString path = made(recordFolder() + QLatin1Char('/') + recordName(startInThePast) + QLatin1String(".csv"));
+    QCOMPARE(lines, QStringList(QStringLiteral("Recovered the record of an interrupted test (%1), 20 rows%2, the "
+                                               "beginning of its journal is damaged.")
+                                    .arg(QDir::toNativeSeparators(path),
+                                         haveNames ? QString() : QStringLiteral(", some are missing"))));
+    QByteArray expected = recordText(20);
+    if (!haveNames) {
+        for (int i = 0; i < names.size(); ++i)
+            expected.replace('\n' + names.at(i).toUtf8() + ',', "\nSource " + QByteArray::number(i + 1) + ',');
+    }
+    QCOMPARE(contents(path), expected);
+    QCOMPARE(filesLeft(), QStringList());
+}
+
 void TestJournal::aStartThatNobodyGoesOnWithGoesAway()
 {
     startAfresh();
-    QFile file(leave(QStringLiteral("1.journal"), journalBytes(nobody, startOf(9), 1).left(30)));
-    QVERIFY(file.open(QIODevice::ReadWrite));
-    QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-120), QFileDevice::FileModificationTime));
-    file.close();
+    setAge(leave(QStringLiteral("1.journal"), journalBytes(nobody, startOf(9), 1).left(30)), 120);
     QCOMPARE(recoverJournals().size(), 0);
     QCOMPARE(filesLeft(), QStringList());
 }
@@ -461,7 +539,8 @@ void TestJournal::linesTellTheUser()
                           QStringLiteral("Recovered the record of an interrupted test (%1vexa_2031_02_03_042606.csv), "
                                          "2 rows, some are missing.")
                               .arg(records),
-                          QStringLiteral("The journal of an interrupted test is damaged and was put aside (%1).")
+                          QStringLiteral("The journal of an interrupted test is damaged and was put aside for 30 "
+                                         "days (%1).")
                               .arg(at + QDir::separator() + QLatin1String("3.journal.bad"))}));
 }
 

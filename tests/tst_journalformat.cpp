@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr int startBytes = 52; ///< of the first block
+
 Measurement rowNumber(int number)
 {
     return {59.94 + number, 59.0, 16 * number, 1920, 1080, 16 + number % 2, number % 3, number % 8};
@@ -86,6 +88,7 @@ private slots:
     void names();
     void tornAtEveryByte();
     void oneBitFlippedAnywhere();
+    void namesOfSources();
     void lostRowsAreTold();
     void aBlockTwiceCountsOnce();
     void anotherVersion();
@@ -194,7 +197,7 @@ void TestJournalFormat::tornAtEveryByte()
         QCOMPARE(rowsOf(torn), textsFrom(0, rowsUpTo.at(blocks)));
         JournalReader reader(torn);
         QVERIFY(!reader.isDamaged()); // a torn tail is no gap
-        QCOMPARE(reader.kind() == JournalReader::Kind::Journal, length >= 52);
+        QCOMPARE(reader.kind() == JournalReader::Kind::Journal, length >= startBytes);
     }
 }
 
@@ -216,9 +219,38 @@ void TestJournalFormat::oneBitFlippedAnywhere()
                 expected += textsFrom(5, 4);
             QCOMPARE(rowsOf(flipped), expected);
             JournalReader reader(flipped);
-            QCOMPARE(reader.isDamaged(), at < ends.at(1));
+            // Behind the start, and before the last block, there may have been rows.
+            QCOMPARE(reader.isDamaged(), at >= startBytes && at < ends.at(1));
+            QCOMPARE(reader.hasStart(), at >= startBytes);
+            const bool hasNames = at < startBytes || at >= rowsBegin;
+            QCOMPARE(reader.sourceName(1), hasNames ? QStringLiteral("B") : QStringLiteral("Source 2"));
         }
     }
+}
+
+void TestJournalFormat::namesOfSources()
+{
+    JournalEncoder encoder;
+    const QByteArray begin = encoder.start(someStart({QStringLiteral("A"), QString(), QStringLiteral("C")}));
+    QByteArray rows;
+    encoder.rows(rowsFrom(0, 3), 0, &rows);
+    const JournalReader whole(begin + rows);
+    QCOMPARE(whole.sourceName(0), QStringLiteral("A"));
+    QCOMPARE(whole.sourceName(1), QString()); // it has none
+    QCOMPARE(whole.sourceName(3), QString()); // there is no such source
+    QCOMPARE(whole.sourceName(-1), QString());
+    const JournalReader withoutStart(begin.mid(startBytes) + rows);
+    QCOMPARE(withoutStart.kind(), JournalReader::Kind::Journal);
+    QVERIFY(!withoutStart.isDamaged()); // no rows are missing
+    QCOMPARE(withoutStart.sourceName(2), QStringLiteral("C"));
+    QCOMPARE(withoutStart.sourceName(3), QStringLiteral("Source 4"));
+    const JournalReader rowsAlone(rows);
+    QCOMPARE(rowsAlone.kind(), JournalReader::Kind::Journal);
+    QCOMPARE(rowsAlone.rowCount(), qint64(3));
+    QCOMPARE(rowsAlone.sourceName(2), QStringLiteral("Source 3"));
+    const JournalReader startAndRows(begin.left(startBytes) + rows);
+    QCOMPARE(startAndRows.sourceName(2), QStringLiteral("Source 3"));
+    QCOMPARE(startAndRows.sourceName(3), QString());
 }
 
 void TestJournalFormat::lostRowsAreTold()
@@ -246,9 +278,8 @@ void TestJournalFormat::aBlockTwiceCountsOnce()
 void TestJournalFormat::anotherVersion()
 {
     QByteArray bytes = journal({3});
-    const int lengthOfStart = 52;
     bytes[4] = 2;
-    const std::uint32_t crc = crc32c(bytes.constData() + 20, lengthOfStart - 20, crc32c(bytes.constData(), 16));
+    const std::uint32_t crc = crc32c(bytes.constData() + 20, startBytes - 20, crc32c(bytes.constData(), 16));
     for (int i = 0; i < 4; ++i)
         bytes[16 + i] = char(crc >> (8 * i));
     JournalReader reader(bytes);

@@ -29,11 +29,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         }
     }
     JournalReader reader(bytes);
-    const JournalStart &start = reader.start();
-    static_cast<void>(recordName(start.startTime));
+    static_cast<void>(recordName(reader.start().startTime));
     qint64 rows = 0;
     for (Measurement row; reader.nextRow(&row); ++rows)
-        static_cast<void>(recordRow(start.names.value(row.sourceIndex), row));
+        static_cast<void>(recordRow(reader.sourceName(row.sourceIndex), row));
     if (rows != reader.rowCount() || rows * journalRowBytes > bytes.size())
         std::abort();
     return 0;
