@@ -93,6 +93,9 @@ bool haveSameBytes(const QString &onePath, const QString &otherPath)
 class FolderLock final {
 public:
     explicit FolderLock(const QString &folder) : m_path(folder + QLatin1String("/.vexa.lock")) { take(); }
+    ~FolderLock() { release(); }
+    FolderLock(const FolderLock &) = delete;
+    FolderLock &operator=(const FolderLock &) = delete;
 
     /// Waits until all calls together have taken lockWaitMs; what follows is then done without the lock.
     void take()
@@ -300,7 +303,7 @@ QString writeRecordBeside(const QString &name, const QString &partName, const Ne
     part.close();
     const FolderLock lock(folder); // so that a record to compare with is complete
     for (int number = 1; isWritten && number <= mostNumber; ++number) {
-        const QString path = numberedPath(folder, name, number, recordSuffix);
+        QString path = numberedPath(folder, name, number, recordSuffix);
         if (renameToFreeName(partPath, path))
             return path;
         if (!isTaken(path))

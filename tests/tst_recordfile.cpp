@@ -29,6 +29,23 @@ NextRow each(const QStringList &rows)
     };
 }
 
+QString lockPath()
+{
+    return recordFolder() + QLatin1String("/.vexa.lock");
+}
+
+/// Another process: takes a lock and keeps it until it is killed.
+int runHolder(const QString &path)
+{
+    LockedFile lock;
+    if (lock.openLock(path) != LockedFile::Lock::Held)
+        return 1;
+    std::fputs("held\n", stdout);
+    std::fflush(stdout);
+    std::getchar();
+    return 0;
+}
+
 /// What another process writes.
 QStringList rowsOfWriter(const QString &name)
 {
@@ -38,7 +55,7 @@ QStringList rowsOfWriter(const QString &name)
     return rows;
 }
 
-/// The other process: says that it is there, waits for a byte, writes its record and says where it is.
+/// Another process: says that it is there, waits for a byte, writes its record and says where it is.
 int runWriter(const QString &name)
 {
     std::fputs("ready\n", stdout);
@@ -82,6 +99,7 @@ private slots:
     void aSecondRecordOfThisSecondReplacesTheFirst();
     void anothersRecordOfThisSecondStays();
     void eightProcessesInOneSecond();
+    void theLockOfADeadProcessIsFree();
     void aLockThatIsNeverReleased();
     void aLockThatCannotBe();
     void unfinishedRecords_data();
@@ -286,10 +304,24 @@ void TestRecordFile::eightProcessesInOneSecond()
     QCOMPARE(paths.removeDuplicates(), 0);
 }
 
+void TestRecordFile::theLockOfADeadProcessIsFree()
+{
+    QVERIFY(createRecordFile(QStringLiteral("tst_folder")));
+    m_made.append(recordPath());
+    QProcess holder;
+    holder.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--hold"), lockPath()});
+    QVERIFY(holder.waitForReadyRead(60000));
+    LockedFile lock;
+    QCOMPARE(lock.openLock(lockPath()), LockedFile::Lock::Busy);
+    holder.kill();
+    QVERIFY(holder.waitForFinished());
+    QTRY_COMPARE(lock.openLock(lockPath()), LockedFile::Lock::Held);
+}
+
 void TestRecordFile::aLockThatIsNeverReleased()
 {
     LockedFile holder;
-    QCOMPARE(holder.openLock(recordFolder() + QLatin1String("/.vexa.lock")), LockedFile::Lock::Held);
+    QCOMPARE(holder.openLock(lockPath()), LockedFile::Lock::Held);
     QElapsedTimer clock;
     clock.start();
     QVERIFY(writeRecord(each({QStringLiteral("a")})));
@@ -300,11 +332,10 @@ void TestRecordFile::aLockThatIsNeverReleased()
 
 void TestRecordFile::aLockThatCannotBe()
 {
-    const QString lock = recordFolder() + QLatin1String("/.vexa.lock");
-    QFile::remove(lock);
-    QVERIFY(QDir().mkdir(lock));
+    QFile::remove(lockPath());
+    QVERIFY(QDir().mkdir(lockPath()));
     const bool isWritten = writeRecord(each({QStringLiteral("a")}));
-    QVERIFY(QDir().rmdir(lock));
+    QVERIFY(QDir().rmdir(lockPath()));
     QVERIFY(isWritten);
     m_made.append(recordPath());
     QCOMPARE(contents(recordPath()), recordHeader().toUtf8() + "\na\n");
@@ -400,6 +431,8 @@ int main(int argc, char *argv[])
     QCoreApplication application(argc, argv);
     if (argc == 3 && qstrcmp(argv[1], "--write") == 0)
         return runWriter(QString::fromUtf8(argv[2]));
+    if (argc == 3 && qstrcmp(argv[1], "--hold") == 0)
+        return runHolder(QString::fromLocal8Bit(argv[2]));
     TestRecordFile test;
     return QTest::qExec(&test, argc, argv);
 }
