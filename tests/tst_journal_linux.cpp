@@ -224,7 +224,9 @@ void TestJournalLinux::aFullDiskAtTheRecordToo()
         QVERIFY(!recorder.write());
     }
     // The record is cut off, the journal is not: it stays, the record does not.
-    QCOMPARE(recordsAndParts(), before);
+    const QStringList after = recordsAndParts();
+    for (const QString &name : after)
+        QVERIFY2(before.contains(name), qPrintable(name));
     QCOMPARE(recordPath(), QString());
     QCOMPARE(filesIn(journal).size(), 1);
     QFile file(journal + QLatin1Char('/') + filesIn(journal).first());

@@ -200,11 +200,10 @@ void TestTestRun::rowsTakeNoMoreMemoryForALongName()
         QSKIP("the system does not tell how much memory the process has");
     TestRun run;
     run.begin({QString(50000, QLatin1Char('x'))});
-    constexpr int count = 20000;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < 10000; ++i)
         run.addRow(59.94, i, 59.0, 1920, 1080, 16, 0, 0);
-    const double grownMb = ownMemoryMb() - before;
-    QVERIFY2(grownMb < 2 * count * 40 / 1e6, qPrintable(QString::number(grownMb)));
+    const double grownMb = ownMemoryMb() - before; // as texts they would take 1000 MB
+    QVERIFY2(grownMb < 50, qPrintable(QString::number(grownMb)));
     run.clearRows();
 }
 
