@@ -144,7 +144,7 @@ bool LockedFile::append(const QByteArray &bytes)
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0) {
-            static_cast<void>(ftruncate(descriptorOf(m_handle), m_writtenBytes));
+            static_cast<void>(!ftruncate(descriptorOf(m_handle), m_writtenBytes));
             lseek(descriptorOf(m_handle), m_writtenBytes, SEEK_SET);
             return false;
         }

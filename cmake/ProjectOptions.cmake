@@ -34,6 +34,27 @@ elseif(VEXA_SANITIZE)
   message(FATAL_ERROR "VEXA_SANITIZE is '${VEXA_SANITIZE}'; it may be empty, address or thread")
 endif()
 
+# Hardening of the optimised builds, which are what is shipped, for every file of the build: the library that writes crash
+# dumps is one of them, and precompiled headers need the same options everywhere. A sanitizer checks more by itself.
+if(NOT VEXA_SANITIZE AND NOT VEXA_FUZZ)
+  set(vexa_optimised "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
+  set(vexa_fortify 2)
+  if(NOT MINGW AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 12) # MinGW's headers and library stop at 2
+    set(vexa_fortify 3)
+  endif()
+  add_compile_options("$<${vexa_optimised}:-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=${vexa_fortify}>")
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|amd64|AMD64")
+    add_compile_options("$<${vexa_optimised}:-fcf-protection>")
+  endif()
+  if(MINGW)
+    add_link_options(-Wl,--nxcompat -Wl,--dynamicbase -Wl,--high-entropy-va)
+    # Last on the link line and the static one: no further DLL to ship.
+    string(APPEND CMAKE_CXX_STANDARD_LIBRARIES " -l:libssp.a")
+  else()
+    add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+  endif()
+endif()
+
 if(VEXA_FUZZ)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     message(FATAL_ERROR "VEXA_FUZZ needs clang; the compiler is ${CMAKE_CXX_COMPILER_ID}")
