@@ -12,6 +12,9 @@
 
 namespace {
 
+/// Qt reports no error for a redirection that it does not follow, but the dump has not arrived anywhere.
+constexpr int firstRefusingStatus = 300;
+
 /// The three characters that would end the quoted name or its line, written as browsers write them. The names of dumps
 /// contain none.
 QString quotable(QString fileName)
@@ -100,8 +103,12 @@ void QBreakpadHttpUploader::onUploadFinished()
     qDebug("Upload finished");
     qDebug().noquote().nospace() << "Answer: " << answer;
 
+    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     if (reply->error() != QNetworkReply::NoError) {
         qWarning("Upload error: %d - %s", int(reply->error()), qUtf8Printable(reply->errorString()));
+    } else if (status >= firstRefusingStatus) {
+        const QString reason = reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
+        qWarning("Upload error: %d - HTTP status %d %s", int(reply->error()), status, qUtf8Printable(reason));
     } else {
         qDebug().noquote().nospace() << "Upload to " << m_request.url().toDisplayString() << " success!";
         file->close(); // Windows removes no open file

@@ -23,7 +23,7 @@ public:
 
 signals:
     /// The upload has ended, well or not; answer: what the server said, as UTF-8 text. The dump has been deleted when
-    /// it ended without an error (a redirection is none and is not followed), else it stays.
+    /// the status of the answer is below 300, else it stays. Redirections are not followed.
     void finished(QString answer);
 
 public slots:
