@@ -63,6 +63,7 @@ const NDIlib_source_t *Finder::current(std::uint32_t *count)
     dropList();
     std::int64_t changeNs = INT64_MAX;
     const Visible visible = visibleAt(steadyNowNs(), changeNs);
+    // One entry without a name behind the last: where a claimed number may lead a reader.
     m_list = std::make_unique<NDIlib_source_t[]>(visible.size() + 1);
     for (std::size_t i = 0; i < visible.size(); ++i) {
         const SourceSpec &spec = m_scenario.sources[visible[i]];
@@ -72,7 +73,7 @@ const NDIlib_source_t *Finder::current(std::uint32_t *count)
         m_list[i].p_url_address = m_texts.back().get();
     }
     if (count != nullptr)
-        *count = static_cast<std::uint32_t>(visible.size());
+        *count = m_scenario.claimedSources.value_or(static_cast<std::uint32_t>(visible.size()));
     return m_list.get();
 }
 

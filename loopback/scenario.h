@@ -118,6 +118,7 @@ struct Scenario {
     std::int64_t discoveryStepNs = 50 * kNsPerMs;
     std::int64_t discoveryBatch = 0; ///< sources per step; 0: a tenth of them, at least one
     std::int32_t queueFrames = 16;
+    std::optional<std::uint32_t> claimedSources; ///< reported as the number of sources instead of the true one
     std::optional<CrashSpec> crash;
     std::vector<SourceSpec> sources;
 

@@ -283,6 +283,9 @@ Scenario readScenario(const Json &json)
     scenario.discoveryStepNs = object.milliseconds("discoveryStepMs", scenario.discoveryStepNs);
     scenario.discoveryBatch = object.integer("discoveryBatch", 0, 0, kMostSources);
     scenario.queueFrames = object.integer32("queueFrames", scenario.queueFrames, 1, 1000);
+    if (object.has("claimedSources"))
+        scenario.claimedSources =
+            static_cast<std::uint32_t>(object.integer("claimedSources", 0, kMostSources + 1, UINT32_MAX));
     if (const Json *crash = object.find("crash"))
         scenario.crash = readCrash(*crash, object.place("crash"));
     const Json *sources = object.find("sources");

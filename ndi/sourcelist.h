@@ -14,13 +14,9 @@ constexpr int noSourceCount = 10001;
 class SourceList final {
 public:
     SourceList() = default;
-    SourceList(const NDIlib_source_t *sources, std::uint32_t count)
-    {
-        for (std::uint32_t i = 0; sources && i < count; ++i)
-            m_owned.append(NdiSource(sources[i]));
-        for (const NdiSource &source : qAsConst(m_owned))
-            m_array.append(source.view());
-    }
+    /// Copies the runtime's array. A count beyond 100 000 cannot be true: it is reported on the log once, and the list
+    /// then ends before the first entry that is unreadable or has no name, or after 100 000 entries.
+    SourceList(const NDIlib_source_t *sources, std::uint32_t count);
 
     int count() const { return m_array.size(); }
     /// The array, null when it is empty; good while this object or a copy of it lives unchanged.

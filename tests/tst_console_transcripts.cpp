@@ -111,6 +111,12 @@ void TestConsoleTranscripts::transcript_data()
         searched + "NDI Sources : 1\n[1] EARLY\n");
     row("a runtime without a finder", "-findsources", "{\"finderFails\":true,\"sources\":[]}",
         searched + "Can not init NDI instance\n");
+    row("a number of sources that cannot be true", "-findsources",
+        "{\"discoveryMs\":0,\"claimedSources\":4294967295,\"sources\":[{\"name\":\"ONE\"},{\"name\":\"TWO\"}]}",
+        searched
+            + "vexa.ndi: The NDI runtime reports 4294967295 sources; only the readable ones are listed, at most "
+              "100000\n"
+              "NDI Sources : 2\n[1] ONE\n[2] TWO\n");
     QByteArray many = "NDI Sources : 2000\n";
     for (int i = 1; i <= 2000; ++i)
         many += '[' + QByteArray::number(i) + "] CAM " + QByteArray::number(i) + '\n';

@@ -70,7 +70,7 @@ void TestLoopbackScenario::everyKeyOfTheTopLevel()
 {
     const Scenario scenario = parsed(R"({"initialize": false, "finderFails": true, "receiverFails": true,
         "unpaced": true, "connectMs": 1.5, "discoveryMs": 7, "discoveryStepMs": 8, "discoveryBatch": 9,
-        "queueFrames": 10, "crash": {"kind": "stackOverflow", "in": "capture", "call": 11}, "sources": []})");
+        "queueFrames": 10, "claimedSources": 4294967295, "crash": {"kind": "stackOverflow", "in": "capture", "call": 11}, "sources": []})");
     QCOMPARE(scenario.initialize, false);
     QCOMPARE(scenario.finderFails, true);
     QCOMPARE(scenario.receiverFails, true);
@@ -80,6 +80,7 @@ void TestLoopbackScenario::everyKeyOfTheTopLevel()
     QCOMPARE(scenario.discoveryStepNs, 8 * kNsPerMs);
     QCOMPARE(scenario.discoveryBatch, std::int64_t{9});
     QCOMPARE(scenario.queueFrames, 10);
+    QCOMPARE(scenario.claimedSources.value_or(0), 4294967295U);
     QVERIFY(scenario.crash.has_value());
     QCOMPARE(int(scenario.crash->kind), int(CrashKind::stackOverflow));
     QCOMPARE(int(scenario.crash->call), int(CrashCall::capture));
@@ -277,6 +278,8 @@ void TestLoopbackScenario::mistakesAreNamedWithTheirPlace_data()
     row("not a truth value", R"({"unpaced": 1})", "unpaced: must be true or false");
     row("time below zero", R"({"connectMs": -1})", "connectMs: must be a number from 0.0 to 86400000000.0");
     row("time as text", R"({"connectMs": "1"})", "connectMs: must be a number from 0.0 to 86400000000.0");
+    row("a number of sources that could be true", R"({"claimedSources": 100000})",
+        "claimedSources: must be a whole number from 100001 to 4294967295");
     row("no queue", R"({"queueFrames": 0})", "queueFrames: must be a whole number from 1 to 1000");
     row("half a frame", R"({"queueFrames": 1.5})", "queueFrames: must be a whole number from 1 to 1000");
     row("more than 64 bits", R"({"queueFrames": 18446744073709551615})",

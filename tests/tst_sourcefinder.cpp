@@ -9,6 +9,11 @@
 #include <QTimer>
 #include <QtTest>
 
+#include <cstdint>
+#include <vector>
+
+Q_DECLARE_METATYPE(NDIlib_source_t)
+
 class TestSourceFinder final : public TestBase {
     Q_OBJECT
 
@@ -20,6 +25,9 @@ private slots:
     void oneFinderForEverySearch();
     void noFinderIsTold();
     void listCrossesToTheWindowsThread();
+    void countThatCannotBeTrueIsCut_data();
+    void countThatCannotBeTrueIsCut();
+    void everySourceOfALongListIsKept();
 };
 
 void TestSourceFinder::endComesBeforeTheList()
@@ -144,6 +152,50 @@ void TestSourceFinder::listCrossesToTheWindowsThread()
     thread.start();
     QTRY_COMPARE(arrived, 3);
     QTRY_VERIFY(thread.isFinished());
+}
+
+/// What comes behind the two sources of a list that is said to be longer.
+void TestSourceFinder::countThatCannotBeTrueIsCut_data()
+{
+    const auto address = [](std::uintptr_t number) { return reinterpret_cast<const char *>(number); };
+    QTest::addColumn<NDIlib_source_t>("next");
+    NDIlib_source_t next;
+    QTest::newRow("an entry without a name") << next;
+    next.p_ndi_name = address(1);
+    QTest::newRow("a name at no address") << next;
+    next.p_ndi_name = address(~std::uintptr_t(0) - 100);
+    QTest::newRow("a name at the end of all addresses") << next;
+    next.p_ndi_name = "THREE";
+    next.p_url_address = address(4096);
+    QTest::newRow("an address at no address") << next;
+}
+
+void TestSourceFinder::countThatCannotBeTrueIsCut()
+{
+    QFETCH(NDIlib_source_t, next);
+    std::vector<NDIlib_source_t> sources(3);
+    sources[0].p_ndi_name = "ONE";
+    sources[0].p_url_address = "127.0.0.1:5961";
+    sources[1].p_ndi_name = "TWO";
+    sources[2] = next;
+    for (const std::uint32_t count : {100001U, 4294967295U}) {
+        expectWarning(QStringLiteral("The NDI runtime reports %1 sources; only").arg(count));
+        const SourceList list(sources.data(), count);
+        QCOMPARE(list.count(), 2);
+        QCOMPARE(list.at(0).url(), QByteArray("127.0.0.1:5961"));
+        QCOMPARE(list.at(1).name(), QByteArray("TWO"));
+    }
+    QCOMPARE(SourceList(nullptr, 4294967295U).count(), 0);
+}
+
+void TestSourceFinder::everySourceOfALongListIsKept()
+{
+    NDIlib_source_t source;
+    source.p_ndi_name = "WALL";
+    const std::vector<NDIlib_source_t> sources(120000, source);
+    QCOMPARE(SourceList(sources.data(), 100000).count(), 100000);
+    expectWarning(QStringLiteral("The NDI runtime reports 120000 sources; only"));
+    QCOMPARE(SourceList(sources.data(), 120000).count(), 100000);
 }
 
 QTEST_MAIN(TestSourceFinder)
