@@ -1,6 +1,7 @@
 #include "ndi/sourcefinder.h"
 
 #include "ndi/ndilib.h"
+#include "ndi/overflowstack.h"
 
 #include <QMessageBox>
 
@@ -30,6 +31,7 @@ SourceFinder::~SourceFinder()
 
 void SourceFinder::start()
 {
+    const OverflowStack overflowStack;
     count = 0;
     if (!finder) {
         emit finished();

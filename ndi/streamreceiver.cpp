@@ -1,6 +1,7 @@
 #include "ndi/streamreceiver.h"
 
 #include "ndi/ndilib.h"
+#include "ndi/overflowstack.h"
 
 #include <QMetaMethod>
 #include <QThread>
@@ -58,6 +59,7 @@ void StreamReceiver::start()
 
 void StreamReceiver::getInfo()
 {
+    const OverflowStack overflowStack;
     createReceiver();
     NDIlib_video_frame_v2_t video;
     NDIlib_audio_frame_v2_t audio;
@@ -81,6 +83,7 @@ void StreamReceiver::getInfo()
 
 void StreamReceiver::runTest()
 {
+    const OverflowStack overflowStack;
     createReceiver();
     frameTimes.restart();
     QElapsedTimer clock;

@@ -1,8 +1,8 @@
 #include "tests/crash_runs/crashruns.h"
 #include "tests/support/testbase.h"
 
-/// The real program crashes in its window life: on the main thread, and on the thread of a receiver that looks at a
-/// source's format. The dumps are kept for the test crashnames.
+/// The real program crashes in its window life: on the main thread, on that of the search, and on the thread of a
+/// receiver that looks at a source's format. The dumps are kept for the test crashnames.
 class TestCrashWindow final : public TestBase {
     Q_OBJECT
 
@@ -21,7 +21,9 @@ void TestCrashWindow::initTestCase()
     m_runs = std::make_unique<CrashRuns>(QStringLiteral("window"), QStringList());
     for (const char *kind : {"nullWrite", "abort", "stackOverflow", "pureVirtual"})
         m_runs->add(kind, "initialize");
-    m_runs->add("nullWrite", "capture");
+    for (const char *kind : {"nullWrite", "stackOverflow"})
+        m_runs->add(kind, "capture");
+    m_runs->add("stackOverflow", "wait");
 }
 
 void TestCrashWindow::crashLeavesADump()
