@@ -6,6 +6,10 @@
 
 /// What the program needs of the system around it before Qt exists.
 
+/// Keeps libraries in the working folder, which anybody may have put there, from being loaded by the program or its
+/// libraries. First in main(). Does nothing on Linux, whose loader does not look there.
+void restrictLibrarySearch();
+
 /// Makes the standard streams usable: on Windows attaches to the console of the program that started
 /// this one and opens the streams on it, but leaves a stream alone that goes to a file or a pipe; on
 /// Linux opens closed descriptors on /dev/null and takes broken pipes and file size limits as errors.

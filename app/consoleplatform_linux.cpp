@@ -9,6 +9,8 @@
 
 const char folderSeparator = '/';
 
+void restrictLibrarySearch() {}
+
 void attachConsole()
 {
     // A file opened later must not land on a standard descriptor and receive our output.

@@ -41,6 +41,13 @@ struct LocalFreer {
 
 } // namespace
 
+void restrictLibrarySearch()
+{
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32 | LOAD_LIBRARY_SEARCH_APPLICATION_DIR
+                             | LOAD_LIBRARY_SEARCH_USER_DIRS);
+    SetDllDirectoryW(L""); // takes the working folder out of the older search order, which a flag can still ask for
+}
+
 void attachConsole()
 {
     const bool keepOutput = goesToFileOrPipe(STD_OUTPUT_HANDLE);

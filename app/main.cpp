@@ -24,6 +24,7 @@ void installCrashHandler()
 
 int main(int argc, char *argv[])
 {
+    restrictLibrarySearch();
     attachConsole();
     installCrashHandler();
     QCoreApplication::setApplicationName(QStringLiteral("TessalyNDIVexa"));

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QVector>
 
 namespace {
 
@@ -34,6 +35,40 @@ QStringList resolveAll(const SharedLibraryHandle &library, NdiFunctions *functio
     return missing;
 }
 
+/// A candidate that was of no use.
+struct SkippedCandidate {
+    QString path;
+    QString reason;
+
+    QString text() const { return QStringLiteral("%1 (%2)").arg(QDir::toNativeSeparators(path), reason); }
+};
+
+/// All of them in order. One name that is missing in several folders, as on a search path, is given once with the
+/// folders.
+QString listOfSkipped(const QVector<SkippedCandidate> &skipped)
+{
+    const auto isMissingFile = [](const SkippedCandidate &candidate, const QString &name) {
+        return candidate.reason == missingLibraryReason() && candidate.path != name
+               && QFileInfo(candidate.path).fileName() == name;
+    };
+    QStringList parts;
+    for (int i = 0; i < skipped.size();) {
+        const QString name = QFileInfo(skipped.at(i).path).fileName();
+        QStringList folders;
+        for (int k = i; k < skipped.size() && isMissingFile(skipped.at(k), name); ++k)
+            folders.append(QDir::toNativeSeparators(QFileInfo(skipped.at(k).path).path()));
+        if (folders.size() > 1) {
+            parts.append(
+                QStringLiteral("%1 (%2 in %3)").arg(name, missingLibraryReason(), folders.join(QLatin1String(", "))));
+            i += folders.size();
+        } else {
+            parts.append(skipped.at(i).text());
+            ++i;
+        }
+    }
+    return parts.join(QLatin1String(", "));
+}
+
 } // namespace
 
 QStringList runtimeCandidates()
@@ -43,10 +78,11 @@ QStringList runtimeCandidates()
          {"NDI_RUNTIME_DIR_V6", "NDI_RUNTIME_DIR_V5", "NDI_RUNTIME_DIR_V4", "NDI_RUNTIME_DIR_V3"})
         folders.append(qEnvironmentVariable(variable));
     folders.append(programFolder());
-    return runtimeCandidates(folders, runtimeFileNames());
+    const QStringList names = runtimeFileNames();
+    return runtimeCandidates(folders, names, searchPathCandidates(names));
 }
 
-QStringList runtimeCandidates(const QStringList &folders, const QStringList &names)
+QStringList runtimeCandidates(const QStringList &folders, const QStringList &names, const QStringList &searched)
 {
     QStringList candidates;
     for (const QString &folder : folders) {
@@ -55,7 +91,7 @@ QStringList runtimeCandidates(const QStringList &folders, const QStringList &nam
         for (const QString &name : names)
             candidates.append(QDir::cleanPath(QFileInfo(QDir(folder), name).absoluteFilePath()));
     }
-    candidates.append(names);
+    candidates.append(searched);
     candidates.removeDuplicates();
     return candidates;
 }
@@ -63,7 +99,7 @@ QStringList runtimeCandidates(const QStringList &folders, const QStringList &nam
 LoadedRuntime loadRuntime(const QStringList &candidates)
 {
     LoadedRuntime runtime;
-    QStringList skipped;
+    QVector<SkippedCandidate> skipped;
     for (const QString &candidate : candidates) {
         QString reason;
         SharedLibraryHandle library = openSharedLibrary(candidate, &reason);
@@ -80,13 +116,13 @@ LoadedRuntime loadRuntime(const QStringList &candidates)
             reason = QCoreApplication::translate("NdiRuntime", "lacks the function %1")
                          .arg(missing.join(QLatin1String(", ")));
         }
-        skipped.append(QStringLiteral("%1 (%2)").arg(QDir::toNativeSeparators(candidate), reason));
+        skipped.append({candidate, reason});
         if (reason != missingLibraryReason())
-            runtime.faults.append(skipped.constLast().simplified());
+            runtime.faults.append(skipped.constLast().text().simplified());
     }
     runtime.problem = QCoreApplication::translate("NdiRuntime", "No usable NDI runtime was found; install it, or "
                                                                 "name its folder in NDI_RUNTIME_DIR_V6. Tried: %1")
-                          .arg(skipped.join(QLatin1String(", ")))
+                          .arg(listOfSkipped(skipped))
                           .simplified(); // a folder's name may hold a line feed; the message is one line
     return runtime;
 }

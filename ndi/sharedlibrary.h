@@ -17,8 +17,9 @@ inline QString missingLibraryReason()
     return QStringLiteral("missing");
 }
 
-/// Opens the library at path (a bare name: on the system's search path). On failure the handle is
-/// null and *reason holds a few words such as missingLibraryReason() or "wrong architecture".
+/// Opens the library at path. A bare name is looked for on the search path by Linux and in the system folder by
+/// Windows, where what a library needs in turn may lie beside it. On failure the handle is null and *reason holds a few
+/// words such as missingLibraryReason() or "wrong architecture".
 SharedLibraryHandle openSharedLibrary(const QString &path, QString *reason);
 
 /// The address of an exported function, null when there is none.
@@ -26,6 +27,11 @@ void (*resolveSymbol(const SharedLibraryHandle &library, const char *name))();
 
 /// File names under which this platform's NDI runtime is installed, newest first.
 QStringList runtimeFileNames();
+
+/// What to open, in order, to look for these names on the system's library search path. Linux: the names, because its
+/// loader searches. Windows: full paths in the system folder and in those of PATH, because for a bare name it would
+/// look in the working folder as well.
+QStringList searchPathCandidates(const QStringList &names);
 
 /// Folder of the running program, without a trailing separator; no application object is needed.
 QString programFolder();

@@ -46,6 +46,11 @@ QStringList runtimeFileNames()
             QStringLiteral("libndi.so")};
 }
 
+QStringList searchPathCandidates(const QStringList &names)
+{
+    return names;
+}
+
 QString programFolder()
 {
     return QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).absolutePath();

@@ -1,6 +1,7 @@
 #include "ndi/sharedlibrary.h"
 
 #include "ndi/libraryimage.h"
+#include "ndi/searchpath.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -22,9 +23,9 @@ SharedLibraryHandle openSharedLibrary(const QString &path, QString *reason)
         if (!reason->isEmpty())
             return nullptr;
     }
-    // With a full path the runtime's own folder is searched for what it needs in turn.
     const QString nativePath = QDir::toNativeSeparators(path);
-    const DWORD flags = bareName ? 0 : LOAD_WITH_ALTERED_SEARCH_PATH;
+    const DWORD flags =
+        bareName ? LOAD_LIBRARY_SEARCH_SYSTEM32 : LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS;
     SharedLibraryHandle library(LoadLibraryExW(reinterpret_cast<const wchar_t *>(nativePath.utf16()), nullptr, flags));
     if (library)
         return library;
@@ -46,6 +47,24 @@ void (*resolveSymbol(const SharedLibraryHandle &library, const char *name))()
 QStringList runtimeFileNames()
 {
     return {QStringLiteral("Processing.NDI.Lib.x64.dll")};
+}
+
+QStringList searchPathCandidates(const QStringList &names)
+{
+    std::vector<wchar_t> buffer(MAX_PATH);
+    const UINT length = GetSystemDirectoryW(buffer.data(), UINT(buffer.size()));
+    QStringList folders{QString::fromWCharArray(buffer.data(), int(length))};
+    const QStringList onPath = searchPathFolders(qEnvironmentVariable("PATH"), QLatin1Char(';'));
+    for (const QString &folder : onPath) {
+        if (!folders.contains(folder, Qt::CaseInsensitive))
+            folders.append(folder);
+    }
+    QStringList candidates;
+    for (const QString &folder : qAsConst(folders)) {
+        for (const QString &name : names)
+            candidates.append(QDir::cleanPath(QDir(folder).filePath(name)));
+    }
+    return candidates;
 }
 
 QString programFolder()

@@ -35,13 +35,6 @@ QStringList windowsToolsOnSearchPath(const QStringList &searchFolders)
     return inFolders(searchFolders, QLatin1Char('\\'), QStringLiteral("NDIAnalysis.exe"));
 }
 
-bool isFullPath(const QString &path)
-{
-    const bool hasDrive = path.size() > 2 && path.at(0).isLetter() && path.at(1) == QLatin1Char(':');
-    return path.startsWith(QLatin1Char('/')) || path.startsWith(QLatin1String("\\\\"))
-           || (hasDrive && (path.at(2) == QLatin1Char('\\') || path.at(2) == QLatin1Char('/')));
-}
-
 } // namespace
 
 QStringList windowsAnalysisToolsForRun(const QStringList &searchFolders)
@@ -57,21 +50,6 @@ QStringList windowsAnalysisToolsForCheck(const QStringList &searchFolders)
 QStringList linuxAnalysisTools(const QString &programFolder, const QStringList &searchFolders)
 {
     return inFolders(QStringList{programFolder} + searchFolders, QLatin1Char('/'), QStringLiteral("NDIAnalysis"));
-}
-
-QStringList searchPathFolders(const QString &searchPath, QChar separator)
-{
-    const QLatin1Char quotationMark('"');
-    QStringList folders;
-    const QStringList parts = searchPath.split(separator, Qt::SkipEmptyParts);
-    for (QString folder : parts) {
-        if (separator == QLatin1Char(';') && folder.size() > 1 && folder.startsWith(quotationMark)
-            && folder.endsWith(quotationMark))
-            folder = folder.mid(1, folder.size() - 2);
-        if (isFullPath(folder) && !folder.contains(quotationMark))
-            folders.append(folder);
-    }
-    return folders;
 }
 
 QString firstProgramOf(const QStringList &paths)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ndi/searchpath.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -25,10 +27,6 @@ QStringList windowsAnalysisToolsForCheck(const QStringList &searchFolders);
 QStringList linuxAnalysisTools(const QString &programFolder, const QStringList &searchFolders);
 /// On either system, under this system's name.
 QStringList analysisRelays(const QString &programFolder, const QStringList &searchFolders);
-
-/// The folders of a search path such as PATH: full paths only, none with a quotation mark, which a command file cannot
-/// hold. Windows: the quotation marks around a folder are taken away.
-QStringList searchPathFolders(const QString &searchPath, QChar separator);
 
 // What differs between the systems.
 

@@ -8,7 +8,7 @@ void initialiseGraphicsDriver()
 {
     static std::once_flag once;
     std::call_once(once, [] {
-        const HMODULE library = LoadLibraryW(L"nvapi.dll");
+        const HMODULE library = LoadLibraryExW(L"nvapi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
         if (!library)
             return;
         using AnyFunction = void (*)();

@@ -10,4 +10,6 @@ if(NOT WIN32)
 endif()
 
 vexa_screen_test(windowlife LABEL window TIMEOUT 240 LIBS window_driver)
+target_compile_definitions(tst_windowlife PRIVATE VEXA_FAKE_DRIVER="$<TARGET_FILE:fake_graphics_driver>")
+add_dependencies(tst_windowlife fake_graphics_driver)
 vexa_test(firstpaint LABEL unit LIBS vexa_windowlife Qt5::Widgets)

@@ -209,9 +209,10 @@ void TestAnalysisParser::searchPath()
 {
     QCOMPARE(searchPathFolders(text("/usr/bin::.:bin:/opt/a b:/x\"y"), QLatin1Char(':')),
              texts({"/usr/bin", "/opt/a b"}));
-    QCOMPARE(
-        searchPathFolders(text("C:\\Windows;;.;bin;C:rel;\"D:\\a;b\";\"E:\\c d\";\\\\server\\share"), QLatin1Char(';')),
-        texts({"C:\\Windows", "E:\\c d", "\\\\server\\share"}));
+    QCOMPARE(searchPathFolders(
+                 text("C:\\Windows;;.;bin;C:rel;/here;\\here;//server/share;\"D:\\a;b\";\"E:\\c d\";\\\\server\\share"),
+                 QLatin1Char(';')),
+             texts({"C:\\Windows", "E:\\c d", "\\\\server\\share"}));
     QCOMPARE(searchPathFolders(QString(), QLatin1Char(';')), QStringList());
 }
 

@@ -1,4 +1,5 @@
 #include "app/journalformat.h"
+#include "ndi/sharedlibrary.h"
 #include "tests/support/programrun.h"
 #include "tests/support/testbase.h"
 #include "tests/support/usagetext.h"
@@ -9,6 +10,12 @@
 #include <future>
 
 namespace {
+
+#ifdef Q_OS_WIN // the two systems search for libraries in different places
+constexpr bool isWindows = true;
+#else
+constexpr bool isWindows = false;
+#endif
 
 const QByteArray banner("\n****************************************************\n"
                         "**\tTessaly NDI VEXA Command Line\t\t**\n"
@@ -53,6 +60,8 @@ private slots:
     void noArgumentIsTheWindow();
     void missingRuntimeIsExplained_data();
     void missingRuntimeIsExplained();
+    void runtimeInTheWorkingFolderIsNotLoaded();
+    void runtimeOnTheSearchPathIsLoaded();
     void crashFolderIsMadeInTheWorkingFolder();
     void namesAreTheSameBytesEverywhere();
     void recoveredJournalsAreToldBehindTheBanner_data();
@@ -179,6 +188,39 @@ void TestConsoleTranscripts::missingRuntimeIsExplained()
     QVERIFY2(text.startsWith("No usable NDI runtime was found"), text);
     QVERIFY2(text.contains(QDir::toNativeSeparators(folder).toUtf8()), text);
     QVERIFY2(run.endedWith(1), run.account());
+}
+
+void TestConsoleTranscripts::runtimeInTheWorkingFolderIsNotLoaded()
+{
+    ProgramRun run({QStringLiteral("-findsources")});
+    run.setRuntimeFolder(QString());
+    const QString name = runtimeFileNames().constFirst();
+    QVERIFY(QDir(run.folder()).mkdir(QStringLiteral("below")));
+    for (const char *folder : {"/", "/below/"})
+        QVERIFY(QFile::copy(ProgramRun::loopbackFolder() + QLatin1Char('/') + name,
+                            run.folder() + QLatin1String(folder) + name));
+    if (isWindows)
+        run.setVariable(QStringLiteral("PATH"), QStringLiteral(".;;below;") + qEnvironmentVariable("PATH"));
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(!run.standardError().contains(runtimeLine), run.account());
+    QVERIFY2(run.standardError().contains("\nNo usable NDI runtime was found"), run.account());
+    QVERIFY2(run.endedWith(1), run.account());
+}
+
+void TestConsoleTranscripts::runtimeOnTheSearchPathIsLoaded()
+{
+    const QString folder = QDir::toNativeSeparators(ProgramRun::loopbackFolder());
+    ProgramRun run({QStringLiteral("-findsources")});
+    run.setRuntimeFolder(QString());
+    if (isWindows)
+        run.setVariable(QStringLiteral("PATH"),
+                        QStringLiteral(".;C:\\no such folder;\"%1\";").arg(folder) + qEnvironmentVariable("PATH"));
+    else
+        run.setVariable(QStringLiteral("LD_LIBRARY_PATH"), folder);
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(run.standardError().contains(runtimeLine + "NDI Sources : 4\n"), run.account());
 }
 
 void TestConsoleTranscripts::crashFolderIsMadeInTheWorkingFolder()

@@ -54,6 +54,7 @@ private slots:
     void peImage();
     void foldersComeFirstAndNewestNamesFirst();
     void everyPathTriedIsNamedWithItsReason();
+    void foldersWithoutALibraryAreGrouped();
     void theFirstUsableLibraryIsTaken();
     void aLibraryThatLacksAFunctionIsSkipped();
 };
@@ -103,7 +104,8 @@ void TestRuntimeLoader::foldersComeFirstAndNewestNamesFirst()
     const QString root = QDir::rootPath();
     const QStringList candidates =
         runtimeCandidates({root + QLatin1String("v6"), QString(), root + QLatin1String("v4/")},
-                          {QStringLiteral("new"), QStringLiteral("old")});
+                          {QStringLiteral("new"), QStringLiteral("old")},
+                          {QStringLiteral("new"), root + QLatin1String("v6/old"), QStringLiteral("old")});
     QCOMPARE(candidates, (QStringList{root + QLatin1String("v6/new"), root + QLatin1String("v6/old"),
                                       root + QLatin1String("v4/new"), root + QLatin1String("v4/old"),
                                       QStringLiteral("new"), QStringLiteral("old")}));
@@ -133,6 +135,20 @@ void TestRuntimeLoader::everyPathTriedIsNamedWithItsReason()
     QCOMPARE(runtime.faults,
              (QStringList{QStringLiteral("%1 (not a library)").arg(QDir::toNativeSeparators(text)),
                           QStringLiteral("%1 (wrong architecture)").arg(QDir::toNativeSeparators(narrow))}));
+}
+
+void TestRuntimeLoader::foldersWithoutALibraryAreGrouped()
+{
+    const QTemporaryDir folder;
+    const auto in = [&folder](const char *name) { return folder.filePath(QString::fromLatin1(name)); };
+    const QString text = makeFile(folder, "runtime.so", "hello");
+    const LoadedRuntime runtime =
+        loadRuntime({in("a/runtime.so"), in("b c/runtime.so"), text, in("d/runtime.so"), in("d/older.so")});
+    const QString expected =
+        QStringLiteral("Tried: runtime.so (missing in %1, %2), %3 (not a library), %4 (missing), %5 (missing)")
+            .arg(QDir::toNativeSeparators(in("a")), QDir::toNativeSeparators(in("b c")), QDir::toNativeSeparators(text),
+                 QDir::toNativeSeparators(in("d/runtime.so")), QDir::toNativeSeparators(in("d/older.so")));
+    QVERIFY2(runtime.problem.endsWith(expected), qPrintable(runtime.problem));
 }
 
 void TestRuntimeLoader::theFirstUsableLibraryIsTaken()

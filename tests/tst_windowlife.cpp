@@ -78,6 +78,8 @@ private slots:
     void anUnusableRuntimeIsNamed();
     void withoutDisplayItSaysSo();
     void aKilledTestIsRecovered();
+    void plantedLibrariesAreNotLoaded_data();
+    void plantedLibrariesAreNotLoaded();
 };
 
 void TestWindowLife::opensItsWindowAndEndsWithIt()
@@ -247,6 +249,34 @@ void TestWindowLife::aKilledTestIsRecovered()
     windowdriver::close(*window);
     QVERIFY2(run.waitForFinished(), run.account());
     QVERIFY2(run.endedWith(0), run.account());
+}
+
+/// A library in the working folder, under a name that the program or Qt opens without a path.
+void TestWindowLife::plantedLibrariesAreNotLoaded_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("isOpenGl");
+#ifdef Q_OS_WIN // each platform has its own names
+    QTest::newRow("driver") << QStringLiteral("nvapi.dll") << false;
+    QTest::newRow("OpenGL") << QStringLiteral("opengl32sw.dll") << true;
+#else
+    QTest::newRow("driver") << QStringLiteral("libnvidia-ml.so.1") << false;
+#endif
+}
+
+void TestWindowLife::plantedLibrariesAreNotLoaded()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, isOpenGl);
+    WindowRun run;
+    QVERIFY(QFile::copy(QStringLiteral(VEXA_FAKE_DRIVER), run.folder() + QLatin1Char('/') + name));
+    const QString mark = run.folder() + QLatin1String("/loaded");
+    run.setVariable(QStringLiteral("VEXA_FAKE_DRIVER_MARK"), mark);
+    if (isOpenGl)
+        run.setVariable(QStringLiteral("QT_OPENGL_DLL"), name);
+    run.start();
+    QVERIFY2(run.window(isOpenGl ? QString() : mainTitle), run.account()); // a box tells that there is no OpenGL
+    QVERIFY2(!QFile::exists(mark), run.account());
 }
 
 QTEST_GUILESS_MAIN(TestWindowLife)

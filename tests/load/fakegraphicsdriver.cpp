@@ -1,5 +1,6 @@
 #include "tests/load/fakegraphicsdriver.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 #if defined(_WIN32) // the only line between the two systems' way to export
@@ -11,6 +12,17 @@
 namespace {
 
 FakeDriverCounts counts;
+
+/// Leaves the file named in VEXA_FAKE_DRIVER_MARK when the library is loaded.
+struct LoadMark {
+    LoadMark()
+    {
+        const char *const path = std::getenv("VEXA_FAKE_DRIVER_MARK");
+        if (std::FILE *const file = path ? std::fopen(path, "w") : nullptr)
+            std::fclose(file);
+    }
+};
+const LoadMark loadMark;
 
 int initialise()
 {
