@@ -281,7 +281,7 @@ void TestFaultsSystem::stoppedForTenSeconds()
     QTest::qWait(10000);
     const int dotsWhileStopped = run.standardOutput().size();
     QVERIFY(kill(process, SIGCONT) == 0);
-    QVERIFY2(run.waitForDots(dotsWhileStopped + 200), run.account());
+    QVERIFY2(run.waitForDots(dotsWhileStopped + 400), run.account()); // the two full queues, and as many more
     QVERIFY2(run.end(), run.account());
     const TestRecord record = TestRecord::read(run.recordPath());
     QCOMPARE(record.problem, QString());
@@ -315,9 +315,9 @@ void TestFaultsSystem::outputStalledForFiveSeconds()
     TestUnderWay run;
     run.process().setStandardOutputFile(QStringLiteral("/proc/self/fd/%1").arg(ends[1]), QIODevice::Append);
     run.start();
-    QTRY_COMPARE_WITH_TIMEOUT(waiting(), pipeBytes, 30000);
-    QTest::qWait(stallMs);
-    QCOMPARE(waiting(), pipeBytes); // it was stalled indeed
+    // Dots come in groups; one that does not fit waits as a whole.
+    QTRY_VERIFY_WITH_TIMEOUT(pipeBytes - waiting() < dotsBefore / 2, 30000);
+    QTest::qWait(stallMs); // five times as many dots as there is room for
     QByteArray printed;
     const auto readsOn = [&] {
         QByteArray some(waiting(), '\0');
