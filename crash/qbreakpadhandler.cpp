@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 
 struct QBreakpadHandler::Private {
     ExceptionHandlerPointer exceptionHandler; ///< null until a folder was made, and in builds without a writer
@@ -28,6 +29,12 @@ void QBreakpadHandler::setDumpPath(const QString &path)
     QString absolutePath = path;
     if (QDir::isRelativePath(path))
         absolutePath = QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1Char('/') + path);
+    // Another user who can write to the working folder could redirect the dumps, and with them what the process knows.
+    const QFileInfo folder(QDir::cleanPath(absolutePath));
+    if (folder.isSymLink() || folder.isJunction()) {
+        qDebug("Failed to set dump path which is a link: %s", absolutePath.toLocal8Bit().constData());
+        return;
+    }
     QDir().mkpath(absolutePath);
     if (!QDir(absolutePath).exists()) {
         qDebug("Failed to set dump path which not exists: %s", absolutePath.toLocal8Bit().constData());

@@ -18,8 +18,8 @@ public:
     ~QBreakpadHandler() override;
 
     /// Makes the folder with all missing parents; a relative path stands under the program's folder. From then on a
-    /// crash leaves its dump there and no longer in the folder before. A folder that cannot be made is reported on the
-    /// debug log, and everything stays as it was.
+    /// crash leaves its dump there and no longer in the folder before. A folder that cannot be made, or that is a link,
+    /// is reported on the debug log, and everything stays as it was.
     void setDumpPath(const QString &path);
     /// Absolute and clean; empty until a folder was made.
     QString dumpPath() const;

@@ -21,13 +21,14 @@ QString commandFileName()
     return QStringLiteral("NDIAnalysis.bat");
 }
 
-/// False unless every byte is in the file.
+/// Returns false unless every byte is in a file that this call has created, not through a link and for this user alone.
 bool writeFile(const QString &path, const QByteArray &bytes)
 {
-    QFile::remove(path);
+    QFile::remove(path); // removes a link, not its target
     QFile file(path);
-    if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate))
+    if (!file.open(QIODevice::ReadWrite | QIODevice::NewOnly))
         return false;
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
     return file.write(bytes) == bytes.size() && file.flush();
 }
 

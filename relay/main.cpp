@@ -1,8 +1,6 @@
 #include "relay/relay.h"
 
 #include <cstdio>
-#include <fstream>
-#include <optional>
 #include <string>
 
 namespace relay {
@@ -21,19 +19,6 @@ void complain(const std::string &text)
 
 namespace {
 
-/// Up to one byte more than a command file may have.
-std::optional<std::string> readFile(const char *path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::string bytes(maxCommandFileBytes + 1, '\0');
-    if (!file.is_open() || file.read(&bytes[0], std::streamsize(bytes.size())).bad())
-        return std::nullopt;
-    if (!file.eof() && file.gcount() == 0)
-        return std::nullopt;
-    bytes.resize(std::size_t(file.gcount()));
-    return bytes;
-}
-
 int run(int argc, char *argv[])
 {
     if (argc != 2) {
@@ -41,12 +26,12 @@ int run(int argc, char *argv[])
         return statusUnusable;
     }
     const std::string name = argv[1];
-    const std::optional<std::string> text = readFile(argv[1]);
-    if (!text) {
-        complain("cannot read '" + name + "'");
+    const CommandFileText file = readCommandFile(name);
+    if (!file.text) {
+        complain(file.problem);
         return statusUnusable;
     }
-    const ParsedCommandFile parsed = parseCommandFile(*text);
+    const ParsedCommandFile parsed = parseCommandFile(*file.text);
     if (!parsed.command) {
         complain("'" + name + "' is not a command for the analysis tool: " + parsed.problem);
         return statusUnusable;

@@ -2,6 +2,7 @@
 
 #include "relay/commandfile.h"
 
+#include <optional>
 #include <string>
 
 namespace relay {
@@ -14,6 +15,15 @@ constexpr int statusOutputClosed = statusSignalBase + 13; ///< nobody reads the 
 
 /// One line on standard error, whatever control characters the text holds.
 void complain(const std::string &text);
+
+struct CommandFileText {
+    std::optional<std::string> text;
+    std::string problem; ///< why there is no text, else empty: one sentence with the file's name
+};
+
+/// The file's bytes, or one more than a command file may have. The file must be a regular one that belongs to this
+/// process's user, and its name must not be a link: another user could have any program started through it.
+CommandFileText readCommandFile(const std::string &name);
 
 /// Runs the tool without any command interpreter and passes its standard output on as it comes, until the tool has
 /// ended. Its standard error and standard input are the relay's own. The tool never outlives the relay. Returns the

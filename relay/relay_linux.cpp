@@ -14,6 +14,7 @@
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -326,6 +327,31 @@ void Pump::endWith(int status)
 }
 
 } // namespace
+
+CommandFileText readCommandFile(const std::string &name)
+{
+    // Without waiting: a pipe of that name would keep the relay for ever.
+    const Descriptor file(open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (!file && errno == ELOOP)
+        return {std::nullopt, "'" + name + "' is a link"};
+    struct stat facts = {};
+    if (!file || fstat(file.get(), &facts) != 0 || !S_ISREG(facts.st_mode))
+        return {std::nullopt, "cannot read '" + name + "'"};
+    if (facts.st_uid != geteuid())
+        return {std::nullopt, "'" + name + "' belongs to another user"};
+    std::string bytes(maxCommandFileBytes + 1, '\0');
+    std::size_t done = 0;
+    ssize_t length = 1;
+    while (length != 0 && done < bytes.size()) {
+        length = read(file.get(), &bytes[done], bytes.size() - done);
+        if (length < 0 && errno != EINTR)
+            return {std::nullopt, "cannot read '" + name + "'"};
+        if (length > 0)
+            done += std::size_t(length);
+    }
+    bytes.resize(done);
+    return {std::move(bytes), {}};
+}
 
 int runTool(const Command &command)
 {

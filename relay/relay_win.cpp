@@ -10,6 +10,8 @@
 
 #include <windows.h>
 
+#include <aclapi.h>
+
 namespace relay {
 
 namespace {
@@ -18,6 +20,10 @@ struct HandleCloser {
     void operator()(void *handle) const noexcept { CloseHandle(handle); }
 };
 using Handle = std::unique_ptr<void, HandleCloser>;
+
+struct LocalFreer {
+    void operator()(void *memory) const noexcept { LocalFree(memory); }
+};
 
 std::string systemError(const std::string &what)
 {
@@ -172,7 +178,69 @@ void pump(HANDLE from, HANDLE job)
     }
 }
 
+/// What the token of this process says about its user; empty when that cannot be read.
+std::vector<unsigned char> tokenFacts(TOKEN_INFORMATION_CLASS kind)
+{
+    HANDLE opened = nullptr;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened))
+        return {};
+    const Handle token(opened);
+    DWORD bytes = 0;
+    GetTokenInformation(token.get(), kind, nullptr, 0, &bytes);
+    std::vector<unsigned char> facts(bytes);
+    if (!GetTokenInformation(token.get(), kind, facts.data(), bytes, &bytes))
+        return {};
+    return facts;
+}
+
+/// Whether the file's owner is this process's user, or what the system makes the owner of the files that it creates:
+/// for an administrator that may be the group. True on a volume that knows no owners.
+bool isOwnFile(HANDLE file)
+{
+    DWORD volume = 0;
+    if (GetVolumeInformationByHandleW(file, nullptr, 0, nullptr, nullptr, &volume, nullptr, 0)
+        && (volume & FILE_PERSISTENT_ACLS) == 0)
+        return true;
+    PSID owner = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (GetSecurityInfo(file, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr, nullptr, nullptr,
+                        &descriptor)
+        != ERROR_SUCCESS)
+        return false;
+    const std::unique_ptr<void, LocalFreer> freed(descriptor);
+    const std::vector<unsigned char> user = tokenFacts(TokenUser);
+    const std::vector<unsigned char> maker = tokenFacts(TokenOwner);
+    return (!user.empty() && EqualSid(owner, reinterpret_cast<const TOKEN_USER *>(user.data())->User.Sid))
+           || (!maker.empty() && EqualSid(owner, reinterpret_cast<const TOKEN_OWNER *>(maker.data())->Owner));
+}
+
 } // namespace
+
+CommandFileText readCommandFile(const std::string &name)
+{
+    const HANDLE opened = CreateFileA(name.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (opened == INVALID_HANDLE_VALUE)
+        return {std::nullopt, "cannot read '" + name + "'"};
+    const Handle file(opened);
+    BY_HANDLE_FILE_INFORMATION facts = {};
+    if (GetFileType(file.get()) != FILE_TYPE_DISK || !GetFileInformationByHandle(file.get(), &facts))
+        return {std::nullopt, "cannot read '" + name + "'"};
+    if (facts.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)
+        return {std::nullopt, "'" + name + "' is a link"};
+    if (!isOwnFile(file.get()))
+        return {std::nullopt, "'" + name + "' belongs to another user"};
+    std::string bytes(maxCommandFileBytes + 1, '\0');
+    std::size_t done = 0;
+    DWORD length = 1;
+    while (length > 0 && done < bytes.size()) {
+        if (!ReadFile(file.get(), &bytes[done], DWORD(bytes.size() - done), &length, nullptr))
+            return {std::nullopt, "cannot read '" + name + "'"};
+        done += length;
+    }
+    bytes.resize(done);
+    return {std::move(bytes), {}};
+}
 
 int runTool(const Command &command)
 {

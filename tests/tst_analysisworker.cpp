@@ -10,7 +10,9 @@
 #include <QFileInfo>
 #include <QtTest>
 
+#include <atomic>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -39,6 +41,7 @@ private slots:
     void commandFile_data();
     void commandFile();
     void commandFileIsMadeAnew();
+    void commandFileIsNotWrittenThroughALink();
     void noNameNoFile();
     void withoutAToolTheFileIsEmpty();
     void anOlderFileIsNotRun();
@@ -107,6 +110,31 @@ void TestAnalysisWorker::commandFileIsMadeAnew()
     run.worker->createAnalysis(QString(500, QLatin1Char('x')), 60);
     run.worker->createAnalysis(QStringLiteral("y"), 60);
     QCOMPARE(contents(commandFileName), QByteArray("\"/t\" /source:\"y\" /time:70"));
+}
+
+/// Somebody else puts links in the file's place again and again.
+void TestAnalysisWorker::commandFileIsNotWrittenThroughALink()
+{
+#ifdef Q_OS_WIN
+    QSKIP("only an administrator makes links there");
+#endif
+    WorkerRun run;
+    const QString target = QStringLiteral("target");
+    QFile file(target);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("mine");
+    file.close();
+    std::atomic<bool> isOver{false};
+    std::thread linker([&] {
+        while (!isOver)
+            QFile::link(target, commandFileName);
+    });
+    run.makeWorker(QStringLiteral("/t"), QString());
+    for (int i = 0; i < 2000; ++i)
+        run.worker->createAnalysis(QStringLiteral("x"), 60);
+    isOver = true;
+    linker.join();
+    QCOMPARE(contents(target), QByteArray("mine"));
 }
 
 void TestAnalysisWorker::noNameNoFile()

@@ -1,7 +1,7 @@
 #include "tests/crash_runs/crashruns.h"
 #include "tests/support/testbase.h"
 
-#ifdef Q_OS_UNIX // a signal sent to the program, and a folder that is there but takes no files
+#ifdef Q_OS_UNIX // signals, links and limits
 #include <csignal>
 #endif
 
@@ -16,6 +16,7 @@ private slots:
     void crashLeavesADump();
     void noCrashLeavesNothing();
     void withoutAFolderThereIsNoDump();
+    void folderBehindALinkGetsNoDump();
     void dumpThatCannotBeWrittenIsTold();
     void signalFromOutsideLeavesADump();
     void cleanupTestCase() { m_runs.reset(); }
@@ -70,11 +71,30 @@ void TestCrashConsole::withoutAFolderThereIsNoDump()
     QVERIFY(QFileInfo(inTheWay).isFile());
 }
 
+void TestCrashConsole::folderBehindALinkGetsNoDump()
+{
+#ifdef Q_OS_UNIX
+    ProgramRun run(testArguments());
+    QVERIFY(QDir(run.folder()).mkdir(QStringLiteral("elsewhere")));
+    QVERIFY(QFile::link(QStringLiteral("elsewhere"), run.folder() + QStringLiteral("/crashes")));
+    run.setScenario(crashScenario("nullWrite", "wait"));
+    run.start();
+    QVERIFY2(run.waitForFinished(), run.account());
+    QCOMPARE(run.process().exitStatus(), QProcess::CrashExit);
+    const QByteArray told = "Failed to set dump path which is a link: " + QDir(run.folder()).canonicalPath().toUtf8();
+    QVERIFY2(run.standardError().contains(told + "/crashes\n"), run.account());
+    QVERIFY2(!run.standardError().contains("minidump"), run.account());
+    QCOMPARE(entriesOf(run.folder() + QStringLiteral("/elsewhere")), QStringList());
+#else
+    QSKIP("only an administrator makes links there");
+#endif
+}
+
 void TestCrashConsole::dumpThatCannotBeWrittenIsTold()
 {
 #ifdef Q_OS_UNIX
     ProgramRun run(testArguments());
-    QVERIFY(QFile::link(QStringLiteral("/proc"), run.folder() + QStringLiteral("/crashes")));
+    run.startThrough(QStringLiteral("prlimit"), {QStringLiteral("--fsize=100")});
     run.setScenario(crashScenario("nullWrite", "wait"));
     run.start();
     QVERIFY2(run.waitForFinished(), run.account());
@@ -83,7 +103,7 @@ void TestCrashConsole::dumpThatCannotBeWrittenIsTold()
     const QByteArray told = "Failed to write minidump, dump path: " + QDir(run.folder()).canonicalPath().toUtf8();
     QVERIFY2(run.standardError().contains(told + "/crashes/"), run.account());
 #else
-    QSKIP("Windows has no folder that takes files from nobody");
+    QSKIP("Windows has no limit for the size of files");
 #endif
 }
 

@@ -25,6 +25,7 @@ private slots:
     void relativePathStandsUnderTheProgram();
     void secondFolderTakesThePlaceOfTheFirst();
     void foldersOneAfterAnother();
+    void linkInTheWayChangesNothing();
     void fileInTheWayChangesNothing();
     void folderThatCannotBeMadeChangesNothing();
     void nothingIsSentFromAnEmptyFolder();
@@ -111,6 +112,25 @@ void TestCrashHandler::foldersOneAfterAnother()
     for (int i = 0; i < 300; ++i)
         handler().setDumpPath(path(i % 2 == 0 ? "first" : "second"));
     QCOMPARE(handler().dumpPath(), path("second"));
+}
+
+void TestCrashHandler::linkInTheWayChangesNothing()
+{
+#ifdef Q_OS_WIN
+    QSKIP("only an administrator makes links there");
+#endif
+    handler().setDumpPath(path("good"));
+    QVERIFY(QDir().mkpath(path("target")));
+    for (const char *target : {"target", "nowhere"}) {
+        QVERIFY(QFile::link(path(target), path("link")));
+        for (const char *link : {"link", "link/"}) {
+            const QByteArray refusal = "Failed to set dump path which is a link: " + path(link).toLocal8Bit();
+            QTest::ignoreMessage(QtDebugMsg, refusal.constData());
+            handler().setDumpPath(path(link));
+            QCOMPARE(handler().dumpPath(), path("good"));
+        }
+        QVERIFY(QFile::remove(path("link")));
+    }
 }
 
 void TestCrashHandler::fileInTheWayChangesNothing()

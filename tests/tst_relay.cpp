@@ -140,6 +140,8 @@ private slots:
     void wrongArguments();
     void unusableFiles_data();
     void unusableFiles();
+    void filesOfOthersAreRefused_data();
+    void filesOfOthersAreRefused();
     void toolsThatCannotBeStarted_data();
     void toolsThatCannotBeStarted();
 
@@ -452,6 +454,42 @@ void TestRelay::unusableFiles()
     QTEST(run.errors.trimmed(), "message");
     QCOMPARE(run.output, QByteArray());
     QCOMPARE(run.files(), QStringList{commandFileName});
+}
+
+void TestRelay::filesOfOthersAreRefused_data()
+{
+    QTest::addColumn<QString>("preparation"); ///< by a shell of Linux, in the working folder
+    QTest::addColumn<QByteArray>("message");
+    const QByteArray name = "pipe_stdout: 'NDIAnalysis.bat' ";
+    if (!isWindows) // Wine follows links of Linux before a program sees them
+        QTest::newRow("a link") << QStringLiteral("mv NDIAnalysis.bat other && ln -s other NDIAnalysis.bat")
+                                << QByteArray(name + "is a link");
+    QTest::newRow("a pipe") << QStringLiteral("rm NDIAnalysis.bat && mkfifo NDIAnalysis.bat")
+                            << QByteArray("pipe_stdout: cannot read 'NDIAnalysis.bat'");
+    QTest::newRow("another user's") << QStringLiteral("chown 65534 NDIAnalysis.bat")
+                                    << QByteArray(name + "belongs to another user");
+}
+
+void TestRelay::filesOfOthersAreRefused()
+{
+    QFETCH(QString, preparation);
+    RelayRun run;
+    if (isWindows && !QFile::exists(QStringLiteral("Z:/bin/sh")))
+        QSKIP("no shell of Linux to prepare the file");
+    QVERIFY(run.writeFile(commandFileName, StandinControl::commandFile("x")));
+    // Wine starts programs of Linux, but does not tell when they end.
+    const QString line = preparation + QStringLiteral(" && touch done || touch impossible");
+    QVERIFY(QProcess::startDetached(isWindows ? QStringLiteral("Z:/bin/sh") : QStringLiteral("/bin/sh"),
+                                    {QStringLiteral("-c"), line}, run.folder()));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        run.files().contains(QStringLiteral("done")) || run.files().contains(QStringLiteral("impossible")), waitMs);
+    if (run.files().contains(QStringLiteral("impossible")))
+        QSKIP("only the administrator can give a file away");
+    run.startWith({commandFileName});
+    QVERIFY(run.waitForEnd());
+    QVERIFY(run.endedWith(125));
+    QTEST(run.errors.trimmed(), "message");
+    QCOMPARE(run.output, QByteArray());
 }
 
 void TestRelay::toolsThatCannotBeStarted_data()
