@@ -190,6 +190,9 @@ void TestSourceFinder::countThatCannotBeTrueIsCut()
 
 void TestSourceFinder::everySourceOfALongListIsKept()
 {
+#ifdef Q_OS_WIN
+    QSKIP("Wine takes ten seconds to read so many names safely");
+#endif
     NDIlib_source_t source;
     source.p_ndi_name = "WALL";
     const std::vector<NDIlib_source_t> sources(120000, source);
