@@ -1,5 +1,6 @@
-// Runs a test in the window, as a user would, on the loopback runtime, and tells how late the window's thread
-// was and what the process cost. Needs a screen: xvfb-run -a build/release/bench/window_bench [SECONDS]
+// Runs tests in the window, as a user would, on the loopback runtime, and beside each the same test on the console.
+// Prints how late the window's thread was and what both processes cost. Needs a screen:
+// tests/support/on-screen 1752x1018x24 build/release/bench/window_bench [SECONDS [ROW]]
 #include "charts/customplot.h"
 #include "mainwindow/ndiwindow.h"
 #include "mainwindow/qtcustomtablewidget.h"
@@ -9,14 +10,20 @@
 #include "tests/support/testhome.h"
 #include "ui_ndiwindow.h"
 #include "widgets/darkstyle.h"
+#include "widgets/framelesswindow.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFileInfo>
 #include <QHeaderView>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QToolButton>
 
-#include <sys/resource.h>
+#include <time.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -26,42 +33,102 @@
 
 namespace {
 
-double processSeconds()
+const QString sourceName = QStringLiteral("LOOPBACK (1080p59.94)");
+constexpr int receivers = 8;
+
+/// Processor time of all threads of a process.
+double processSeconds(pid_t process)
 {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval &time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+    clockid_t clock{};
+    timespec time{};
+    if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0)
+        return 0.0;
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
+/// Leaves the thread to the window, without a wake-up of its own.
 void waitFor(int milliseconds)
 {
-    QElapsedTimer clock;
-    clock.start();
-    QTimer wake;
-    wake.start(20);
-    while (clock.elapsed() < milliseconds)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
+    QEventLoop loop;
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    loop.exec();
 }
+
+/// The same test in the console program, with a home of its own. It writes a dot for each frame.
+class ConsoleTest final {
+public:
+    ConsoleTest()
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("HOME"), m_home.path());
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.path());
+        environment.insert(QStringLiteral("XDG_CACHE_HOME"), m_home.filePath(QStringLiteral(".cache")));
+        m_process.setProcessEnvironment(environment);
+        m_process.setStandardOutputFile(dotsPath());
+        m_process.setStandardErrorFile(QProcess::nullDevice());
+        m_process.start(QStringLiteral(VEXA_PROGRAM),
+                        {QStringLiteral("-test"), sourceName, QStringLiteral("-time"), QStringLiteral("5"),
+                         QStringLiteral("-receivers"), QString::number(receivers)});
+        while (m_process.state() != QProcess::NotRunning && frames() == 0)
+            waitFor(20);
+    }
+    ~ConsoleTest()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+    Q_DISABLE_COPY_MOVE(ConsoleTest)
+
+    double seconds() const { return processSeconds(static_cast<pid_t>(m_process.processId())); }
+    double frames() const { return static_cast<double>(QFileInfo(dotsPath()).size()); }
+
+private:
+    QString dotsPath() const { return m_home.filePath(QStringLiteral("dots")); }
+
+    const QTemporaryDir m_home;
+    QProcess m_process;
+};
+
+double framesShown(const CustomPlot &chart)
+{
+    double frames = 0.0;
+    for (int i = 0; i < chart.seriesCount(); ++i)
+        frames += static_cast<double>(chart.plainPoints(i).size());
+    return frames;
+}
+
+struct Cost {
+    double seconds; ///< of processor time
+    double frames;
+
+    double sinceMs(const Cost &before) const { return (seconds - before.seconds) / (frames - before.frames) * 1e3; }
+};
 
 void runTest(const NDIWindow &window, const char *name, bool preview, bool raw, int seconds)
 {
     const Ui::NDIWindow &ui = window.form();
     ui.fpsPlot->rawToggle()->setChecked(raw);
     ui.pingPlot->rawToggle()->setChecked(raw);
+    const ConsoleTest console;
     ui.btn_test->click();
     if (!preview)
-        ui.cmbPreviewSources->setCurrentIndex(0);
+        ui.cmbPreviewSources->setCurrentIndex(0); // a test begins with its first source chosen
     waitFor(1000);
-    const double before = processSeconds();
+    const auto windowCost = [&ui] { return Cost{processSeconds(getpid()), framesShown(*ui.fpsPlot)}; };
+    const auto consoleCost = [&console] { return Cost{console.seconds(), console.frames()}; };
+    const Cost windowBefore = windowCost();
+    const Cost consoleBefore = consoleCost();
     Heartbeat heartbeat;
     waitFor(seconds * 1000);
+    const Cost windowAfter = windowCost();
+    const Cost consoleAfter = consoleCost();
     const std::vector<double> late = heartbeat.takeSorted();
-    const double share = (processSeconds() - before) / seconds * 100.0;
-    std::printf("| %s | %.1f | %.1f | %.1f | %.0f %% |\n", name, lateAt(late, 0.5), lateAt(late, 0.99), late.back(),
-                share);
+    const auto share = [seconds](const Cost &before, const Cost &after) {
+        return (after.seconds - before.seconds) / seconds * 100.0;
+    };
+    std::printf("| %s | %.1f | %.1f | %.1f | %.1f %% | %.2f %% | %.1f |\n", name, lateAt(late, 0.5), lateAt(late, 0.99),
+                late.back(), share(windowBefore, windowAfter), share(consoleBefore, consoleAfter),
+                windowAfter.sinceMs(windowBefore) / consoleAfter.sinceMs(consoleBefore));
     std::fflush(stdout);
     ui.btn_test->click();
     while (ui.btn_test->text() != QStringLiteral("TEST"))
@@ -72,7 +139,8 @@ void runTest(const NDIWindow &window, const char *name, bool preview, bool raw, 
 
 int main(int argc, char **argv)
 {
-    const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 20;
+    const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 10;
+    const int onlyRow = argc > 2 ? std::atoi(argv[2]) : 0;
     qputenv("NDI_RUNTIME_DIR_V6", VEXA_LOOPBACK_DIR);
     const TestHome home;
     home.use();
@@ -81,22 +149,36 @@ int main(int argc, char **argv)
     QApplication::setStyle(new DarkStyle);
     initVexaResources();
     loadFonts();
-    NDIWindow window;
-    window.show();
+    auto *const frame = new FramelessWindow; // deletes itself when it is closed
+    auto *const content = new NDIWindow;     // the frame's
+    NDIWindow &window = *content;
+    frame->setContent(content);
+    frame->show();
+    frame->maximizeOrCenter();
     window.warmUpPreview();
     while (window.form().sourceList->count() == 0)
         waitFor(100);
     waitFor(3000); // the search, the probes
 
-    const int hd60 = window.form().sourceList->findText(QStringLiteral("LOOPBACK (1080p59.94)"));
+    const int hd60 = window.form().sourceList->findText(sourceName);
     window.form().sourceList->setCurrentIndex(std::max(0, hd60));
-    window.form().threadCount->setCurrentIndex(7);
-    std::printf("| eight receivers of 1080p59.94, %d s | median late [ms] | 99 %% [ms] | most [ms] | process |\n"
-                "|---|---:|---:|---:|---:|\n",
+    window.form().threadCount->setCurrentIndex(receivers - 1);
+    std::printf("| eight receivers of 1080p59.94, %d s | median late [ms] | 99 %% [ms] | most [ms] | process | "
+                "console | ratio for a frame |\n|---|---:|---:|---:|---:|---:|---:|\n",
                 seconds);
-    runTest(window, "smooth charts", false, false, seconds);
-    runTest(window, "smooth and raw charts", false, true, seconds);
-    runTest(window, "smooth charts and preview", true, false, seconds);
+    struct Row {
+        const char *name;
+        bool preview;
+        bool raw;
+    };
+    const Row rows[] = {{"smooth charts", false, false},
+                        {"smooth and raw charts", false, true},
+                        {"smooth charts and preview", true, false}};
+    int number = 0;
+    for (const Row &row : rows) {
+        if (++number == onlyRow || onlyRow == 0)
+            runTest(window, row.name, row.preview, row.raw, seconds);
+    }
 
     const int sources = 2000;
     std::vector<std::string> names;
@@ -121,6 +203,6 @@ int main(int argc, char **argv)
     clock.restart();
     window.getNDISource(list.data(), sources);
     std::printf("filling them anew: %lld ms\n", static_cast<long long>(clock.restart()));
-    window.requestClose();
+    frame->close();
     return 0;
 }
