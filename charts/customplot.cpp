@@ -165,7 +165,7 @@ void CustomPlot::appendNewData(int testIndex, int time, double value)
         return;
     values[static_cast<std::size_t>(testIndex)].append(QPointF(time, value));
     maxY = grownAxisTop(value, maxY);
-    scheduleRepaint();
+    scheduleRepaintForSample();
 }
 
 void CustomPlot::appendNewMultiData(int testIndex, int time, double min_value, double max_value, double avg_value)
@@ -179,7 +179,7 @@ void CustomPlot::appendNewMultiData(int testIndex, int time, double min_value, d
     maxValues[index].append(QPointF(time, max_value));
     minValues[index].append(QPointF(time, min_value));
     maxY = grownAxisTop(max_value, maxY);
-    scheduleRepaint();
+    scheduleRepaintForSample();
 }
 
 // cppcheck-suppress passedByValue ; others connect to this signature
@@ -197,6 +197,12 @@ void CustomPlot::scheduleRepaint()
     // A hidden chart is brought up to date when it is shown.
     if (isVisible())
         m_pacer.request();
+}
+
+void CustomPlot::scheduleRepaintForSample()
+{
+    if (isVisible())
+        m_pacer.requestForMeasurement();
 }
 
 std::vector<CustomPlot::Callout> CustomPlot::makeCallouts(const ChartGeometry &geometry) const
@@ -284,7 +290,7 @@ void CustomPlot::paintEvent(QPaintEvent *event)
     // Samples that came after this paint was asked for may have changed more than it covers.
     m_unpainted += changed.subtracted(event->region());
     if (!m_unpainted.isEmpty())
-        scheduleRepaint();
+        scheduleRepaintForSample();
 }
 
 void CustomPlot::mouseMoveEvent(QMouseEvent *event)

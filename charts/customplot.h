@@ -83,6 +83,7 @@ private:
     bool isSeries(int index) const { return index >= 0 && index < sourceCount; }
     void addLegendButton(int index);
     void scheduleRepaint();
+    void scheduleRepaintForSample();
     QRegion bringUpToDate();
     std::vector<Callout> makeCallouts(const ChartGeometry &geometry) const;
 

@@ -6,6 +6,7 @@
 namespace {
 
 constexpr double mostPerSecond = 60.0;
+constexpr int measurementIntervalMs = 50;
 
 int intervalFor(double framesPerSecond)
 {
@@ -29,10 +30,22 @@ void RepaintPacer::setDisplayRate(double framesPerSecond)
 
 void RepaintPacer::request()
 {
-    if (m_timer.isActive())
-        return;
-    const qint64 passedMs = m_sinceLast.isValid() ? m_sinceLast.elapsed() : m_intervalMs;
-    m_timer.start(static_cast<int>(std::max<qint64>(0, m_intervalMs - passedMs)));
+    fireAfter(m_intervalMs);
+}
+
+void RepaintPacer::requestForMeasurement()
+{
+    if (!m_timer.isActive())
+        fireAfter(std::max(measurementIntervalMs, m_intervalMs));
+}
+
+/// Not sooner than intervalMs after the last time, but never later than asked for before.
+void RepaintPacer::fireAfter(int intervalMs)
+{
+    const qint64 passedMs = m_sinceLast.isValid() ? m_sinceLast.elapsed() : intervalMs;
+    const int waitMs = static_cast<int>(std::max<qint64>(0, intervalMs - passedMs));
+    if (!m_timer.isActive() || m_timer.remainingTime() > waitMs)
+        m_timer.start(waitMs);
 }
 
 void RepaintPacer::fire()

@@ -4,8 +4,9 @@
 #include <QObject>
 #include <QTimer>
 
-/// Turns any number of requests into at most one repaint for each frame of the display, and never more
-/// than 60 a second. GUI thread; lives as a member of the widget it paces.
+/// Turns any number of requests into at most one repaint for each frame of the display, and never more than 60 a
+/// second; for measurements, which come all the time, into at most 20 a second. GUI thread; lives as a member of what
+/// it paces.
 class RepaintPacer final : public QObject {
     Q_OBJECT
 
@@ -14,6 +15,9 @@ public:
 
     /// Asks for a repaint: due() follows from the event loop, at once when the last one is long enough ago.
     void request();
+    /// The same for a measurement: due() follows at once when the last one is 1/20 s ago. The whole window costs
+    /// processor time with each paint, and nobody reads figures faster. A request() in the meantime is not held up.
+    void requestForMeasurement();
     /// framesPerSecond of the display; values above 60 or not above 0 count as 60.
     void setDisplayRate(double framesPerSecond);
     int intervalMs() const { return m_intervalMs; }
@@ -23,6 +27,7 @@ signals:
 
 private:
     void fire();
+    void fireAfter(int intervalMs);
 
     QTimer m_timer;
     QElapsedTimer m_sinceLast; ///< invalid before the first due()

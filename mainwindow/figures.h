@@ -1,5 +1,7 @@
 #pragma once
 
+#include "charts/repaintpacer.h"
+
 #include <QString>
 
 namespace Ui {
@@ -19,8 +21,24 @@ struct Figures {
     int intervalMs; ///< since the previous frame
 };
 
-/// Puts a measurement into the panel and into the row of the status table; a row that is not there is left out.
-/// GUI thread.
-void showFigures(const Ui::NDIWindow &form, int statusRow, const Figures &figures);
-/// No video comes: zeros in the status table, the panel stays.
-void showNoVideo(const Ui::NDIWindow &form, int statusRow);
+/// The figures of the running test: the panel above the charts and the rows of the status table. Their texts are exact
+/// at once, while they are painted at the pace of measurements, for hundreds come in a second. GUI thread; must not
+/// outlive the form.
+class FigurePanel final {
+    Q_DISABLE_COPY_MOVE(FigurePanel)
+
+public:
+    /// Gives the panel's labels a fixed size that holds any figure: a new text then lays nothing out.
+    explicit FigurePanel(const Ui::NDIWindow &form);
+
+    /// Puts a measurement into the panel and into the row of the status table; a row that is not there is left out.
+    void show(int statusRow, const Figures &figures);
+    /// No video comes: zeros in the status table, the panel stays.
+    void showNoVideo(int statusRow);
+
+private:
+    void fillStatusRow(int row, const QString &rate, const QString &interval);
+
+    const Ui::NDIWindow &m_form;
+    RepaintPacer m_pacer;
+};

@@ -65,6 +65,7 @@ NDIWindow::NDIWindow(NDIWindowParts parts, QWidget *parent)
     testTimer.setSingleShot(true);
     testTimer.setTimerType(Qt::PreciseTimer);
     orderFocus(*ui);
+    m_figures = std::make_unique<FigurePanel>(*ui);
     m_previewFeed = std::make_unique<PreviewFeed>(ui->vidGlPreview);
     m_previewChoice = std::make_unique<PreviewChoice>(ui->cmbPreviewSources, ui->vidGlPreview, ui->widPreviewWrapper,
                                                       ui->lblDefaultImage);
@@ -415,13 +416,13 @@ void NDIWindow::sourceFrameReceived(double fps, int time, int format, double def
     if (width == 0 && height == 0) { // no video
         emit frameRender(indexNum, time, 0.0);
         emit pingRender(indexNum, time, 0.0);
-        showNoVideo(*ui, indexNum);
+        m_figures->showNoVideo(indexNum);
         return;
     }
     m_test->addRow(fps, time, defaultFPS, width, height, ping, sourceIndex, indexNum);
     emit frameRender(indexNum, time, fps);
     emit pingRender(indexNum, time, ping);
-    showFigures(*ui, indexNum, {fps, defaultFPS, static_cast<quint32>(format), width, height, ping});
+    m_figures->show(indexNum, {fps, defaultFPS, static_cast<quint32>(format), width, height, ping});
 }
 
 void NDIWindow::TimeUpdated()

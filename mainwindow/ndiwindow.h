@@ -14,6 +14,7 @@
 
 class AnalysisView;
 class ControlStates;
+class FigurePanel;
 class FormatProbes;
 class MachineTabs;
 class ModeSwitch;
@@ -124,9 +125,10 @@ private:
     std::unique_ptr<TestRun> m_test;
     std::unique_ptr<AnalysisRun> m_analysis;
     std::unique_ptr<AnalysisView> m_analysisView;
-    QTimer testTimer;            ///< single shot, the length of the test
-    QTimer progressTimer;        ///< 100 ms; active as long as measurements count
-    QElapsedTimer testClock;     ///< invalid before the first test
+    QTimer testTimer;        ///< single shot, the length of the test
+    QTimer progressTimer;    ///< 100 ms; active as long as measurements count
+    QElapsedTimer testClock; ///< invalid before the first test
+    std::unique_ptr<FigurePanel> m_figures;
     PreviewThread previewThread; ///< asks for the preview's repaints
     std::unique_ptr<PreviewFeed> m_previewFeed;
     std::unique_ptr<PreviewChoice> m_previewChoice;

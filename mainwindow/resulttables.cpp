@@ -119,6 +119,14 @@ void fillStatusFigures(QTableWidget *table, int row, const QString &rate, const 
     setCellText(table, row, 3, interval);
 }
 
+void updateStatusFigures(QTableWidget *table)
+{
+    for (const int column : {2, 3}) {
+        QWidget *const viewport = table->viewport();
+        viewport->update(table->columnViewportPosition(column), 0, table->columnWidth(column), viewport->height());
+    }
+}
+
 void setCellText(QTableWidget *table, int row, int column, const QString &text)
 {
     if (row < 0 || row >= table->rowCount())

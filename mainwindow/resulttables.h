@@ -29,6 +29,8 @@ void fillDetailFormat(QtCustomTableWidget *table, int row, const QString &format
                       int height);
 /// The latest rate and interval of a source under test; does nothing when there is no such row.
 void fillStatusFigures(QTableWidget *table, int row, const QString &rate, const QString &interval);
+/// Asks for a repaint of all rates and intervals that are seen.
+void updateStatusFigures(QTableWidget *table);
 /// Sets the text of a cell of an existing row; does nothing when there is no such row.
 void setCellText(QTableWidget *table, int row, int column, const QString &text);
 

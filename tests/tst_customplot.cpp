@@ -128,7 +128,9 @@ private slots:
     void hiddenSeriesIsNeitherDrawnNorRead();
     void labelsReachTheButtons();
     void samplesBetweenPaintsCostOnePaint();
-    void paintsAtMostSixtyTimesASecond();
+    void paintsAtAPace_data();
+    void paintsAtAPace();
+    void cursorDoesNotWaitForAMeasurement();
     void changesDuringAPartialPaintAreNotLost();
     void hiddenChartIsBroughtUpToDateWhenShown();
     void tinyWidgets_data();
@@ -473,8 +475,18 @@ void TestCustomPlot::samplesBetweenPaintsCostOnePaint()
     QCOMPARE(chart->paints(), before + 1);
 }
 
-void TestCustomPlot::paintsAtMostSixtyTimesASecond()
+void TestCustomPlot::paintsAtAPace_data()
 {
+    QTest::addColumn<bool>("moves");
+    QTest::addColumn<int>("mostPerSecond");
+    QTest::newRow("samples alone") << false << 20;
+    QTest::newRow("samples and a cursor that moves") << true << 60;
+}
+
+void TestCustomPlot::paintsAtAPace()
+{
+    QFETCH(bool, moves);
+    QFETCH(int, mostPerSecond);
     auto chart = makeChart(60, 60, 1);
     chart->show();
     QVERIFY(QTest::qWaitForWindowExposed(chart.get()));
@@ -482,14 +494,34 @@ void TestCustomPlot::paintsAtMostSixtyTimesASecond()
     QElapsedTimer clock;
     clock.start();
     int sample = 0;
-    while (clock.elapsed() < 300) {
+    const auto paints = [&] { return chart->paints() - before; };
+    while (clock.elapsed() < 300 || (paints() < 2 && clock.elapsed() < 20000)) {
         chart->appendNewData(0, ++sample, 30.0);
+        if (moves)
+            hover(*chart, 100 + sample % 300);
         QCoreApplication::processEvents();
     }
     const qint64 passedMs = clock.elapsed();
-    const int paints = chart->paints() - before;
-    QVERIFY2(paints <= passedMs * 60 / 1000 + 2, qPrintable(QStringLiteral("%1 in %2 ms").arg(paints).arg(passedMs)));
-    QVERIFY(paints >= 2);
+    QVERIFY2(paints() <= passedMs * mostPerSecond / 1000 + 2,
+             qPrintable(QStringLiteral("%1 in %2 ms").arg(paints()).arg(passedMs)));
+    QVERIFY(paints() >= 2);
+}
+
+void TestCustomPlot::cursorDoesNotWaitForAMeasurement()
+{
+    RepaintPacer measured;
+    RepaintPacer both;
+    QStringList order;
+    connect(&measured, &RepaintPacer::due, this, [&order] { order.append(QStringLiteral("measured")); });
+    connect(&both, &RepaintPacer::due, this, [&order] { order.append(QStringLiteral("both")); });
+    measured.request();
+    both.request();
+    QTRY_COMPARE(order.size(), 2);
+    order.clear();
+    measured.requestForMeasurement();
+    both.requestForMeasurement();
+    both.request();
+    QTRY_COMPARE(order, QStringList({QStringLiteral("both"), QStringLiteral("measured")}));
 }
 
 void TestCustomPlot::changesDuringAPartialPaintAreNotLost()

@@ -28,6 +28,8 @@ private slots:
     void receiversThatEndByThemselves();
     void framesWithoutVideoDrawZeros();
     void framesAfterTheEndAreDropped();
+    void figuresAreExactAndPaintedAtAPace_data();
+    void figuresAreExactAndPaintedAtAPace();
     void aNewListDuringATest();
     void analysisWithoutToolIsRefused_data();
     void analysisWithoutToolIsRefused();
@@ -41,6 +43,28 @@ private slots:
 private:
     TestHome m_home;
 };
+
+namespace {
+
+/// Counts the events of one type that a widget gets.
+class EventCount final : public QObject {
+public:
+    EventCount(QWidget *widget, QEvent::Type type) : m_type(type) { widget->installEventFilter(this); }
+    int count() const { return m_count; }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        m_count += event->type() == m_type;
+        return false;
+    }
+
+private:
+    QEvent::Type m_type;
+    int m_count = 0;
+};
+
+} // namespace
 
 void TestNdiWindow::initTestCase()
 {
@@ -386,6 +410,57 @@ void TestNdiWindow::framesAfterTheEndAreDropped()
     QCOMPARE(frames.count(), 0);
     QCOMPARE(test.ui().L4->text(), QStringLiteral("before"));
     QCOMPARE(test.ui().cmbPreviewSources->currentText(), QStringLiteral("NONE"));
+}
+
+void TestNdiWindow::figuresAreExactAndPaintedAtAPace_data()
+{
+    QTest::addColumn<bool>("multiple");
+    QTest::newRow("panel of a single test") << false;
+    QTest::newRow("table of a multiple test") << true;
+}
+
+void TestNdiWindow::figuresAreExactAndPaintedAtAPace()
+{
+    QFETCH(bool, multiple);
+    WindowCase test(1);
+    QVERIFY(test.isReady(1));
+    const Ui::NDIWindow &ui = test.ui();
+    if (multiple) {
+        test.choose(ui.multiOption);
+        test.check(0)->setChecked(true);
+    }
+    test.ndi.setScript({});
+    test.press();
+    QVERIFY(QTest::qWaitForWindowExposed(test.window.get()));
+    const auto measure = [&](int interval) {
+        test.window->sourceFrameReceived(interval / 7.0, interval, 0, 59.0, 1920, 1080, 0, interval, 0, 0);
+    };
+    measure(1); // makes the cells
+    QCoreApplication::processEvents();
+
+    QWidget *const shown = multiple ? ui.tblStatus->viewport() : static_cast<QWidget *>(ui.L8);
+    const EventCount paints(shown, QEvent::Paint);
+    const EventCount layouts(shown->parentWidget(), QEvent::LayoutRequest);
+    QElapsedTimer clock;
+    clock.start();
+    for (int interval = 2; interval < 302; ++interval) {
+        measure(interval);
+        const QString number = QString::number(interval);
+        QCOMPARE(ui.L4->text(), QString::number(interval / 7.0, 'g', 6) + QStringLiteral("fps"));
+        QCOMPARE(ui.L8->text(), number + QStringLiteral(" ms"));
+        if (multiple)
+            QCOMPARE(ui.tblStatus->item(0, 3)->text(), number + QStringLiteral("ms"));
+        QCoreApplication::processEvents();
+    }
+    QVERIFY2(paints.count() <= clock.elapsed() / 50 + 2, qPrintable(QString::number(paints.count())));
+    QCOMPARE(layouts.count(), 0);
+
+    const int before = paints.count();
+    measure(302);
+    QTRY_VERIFY(paints.count() > before); // the last figure is painted, too
+    test.press();
+    QVERIFY(QFile::remove(recordPath()));
+    QTRY_VERIFY(test.isIdle());
 }
 
 void TestNdiWindow::aNewListDuringATest()
