@@ -62,6 +62,27 @@ CustomPlot::CustomPlot(QWidget *parent)
 
 CustomPlot::~CustomPlot() = default;
 
+void CustomPlot::setGround(const QColor &colour, int cornerSize)
+{
+    m_ground = colour;
+    m_cornerSize = cornerSize;
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    cutCorners();
+}
+
+void CustomPlot::cutCorners()
+{
+    const QRect corner(0, 0, m_cornerSize, m_cornerSize);
+    if (corner.isEmpty() || size().isEmpty())
+        return;
+    const int right = width() - m_cornerSize;
+    const int bottom = height() - m_cornerSize;
+    QRegion painted(rect());
+    for (const QPoint &place : {QPoint(0, 0), QPoint(right, 0), QPoint(0, bottom), QPoint(right, bottom)})
+        painted -= corner.translated(place);
+    setMask(painted);
+}
+
 void CustomPlot::setupLayout()
 {
     if (mainLayout)
@@ -283,6 +304,8 @@ void CustomPlot::paintEvent(QPaintEvent *event)
     ++m_paints;
     const QRegion changed = bringUpToDate();
     QPainter painter(this);
+    if (m_ground.isValid())
+        painter.fillRect(event->rect(), m_ground);
     painter.drawImage(QPointF(0, 0), m_picture.image());
     for (const Callout &callout : m_callouts)
         paintCallout(painter, callout.side, callout.anchor, callout.value);
@@ -313,4 +336,10 @@ void CustomPlot::hideEvent(QHideEvent *event)
 {
     m_picture.release();
     QWidget::hideEvent(event);
+}
+
+void CustomPlot::resizeEvent(QResizeEvent *event)
+{
+    cutCorners();
+    QWidget::resizeEvent(event);
 }

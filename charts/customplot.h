@@ -32,6 +32,9 @@ public:
 
     /// Shown left in the header; to be set before setupLayout().
     void setTitle(const QString &text) { title = text; }
+    /// Fills the widget with a colour. Without one it is transparent, and each paint draws all that lies below it, too.
+    /// Squares of cornerSize pixels in the corners stay transparent and are not painted.
+    void setGround(const QColor &colour, int cornerSize);
     /// Builds the header with the two drawing toggles. Once, before the first setMetaInfo().
     void setupLayout();
 
@@ -72,6 +75,7 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     struct Callout {
@@ -82,6 +86,7 @@ private:
 
     bool isSeries(int index) const { return index >= 0 && index < sourceCount; }
     void addLegendButton(int index);
+    void cutCorners();
     void scheduleRepaint();
     void scheduleRepaintForSample();
     QRegion bringUpToDate();
@@ -112,6 +117,8 @@ private:
     QToolButton *rawButton = nullptr;
 
     ChartPicture m_picture;
+    QColor m_ground; ///< invalid: none
+    int m_cornerSize = 0;
     RepaintPacer m_pacer;
     std::vector<Callout> m_callouts; ///< as they are drawn now
     QRegion m_unpainted;             ///< changed, but outside of what the last paint covered

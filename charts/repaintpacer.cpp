@@ -1,6 +1,7 @@
 #include "charts/repaintpacer.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 namespace {
@@ -30,22 +31,20 @@ void RepaintPacer::setDisplayRate(double framesPerSecond)
 
 void RepaintPacer::request()
 {
-    fireAfter(m_intervalMs);
+    const qint64 passedMs = m_sinceLast.isValid() ? m_sinceLast.elapsed() : m_intervalMs;
+    const int waitMs = static_cast<int>(std::max<qint64>(0, m_intervalMs - passedMs));
+    if (!m_timer.isActive() || m_timer.remainingTime() > waitMs)
+        m_timer.start(waitMs);
 }
 
 void RepaintPacer::requestForMeasurement()
 {
-    if (!m_timer.isActive())
-        fireAfter(std::max(measurementIntervalMs, m_intervalMs));
-}
-
-/// Not sooner than intervalMs after the last time, but never later than asked for before.
-void RepaintPacer::fireAfter(int intervalMs)
-{
-    const qint64 passedMs = m_sinceLast.isValid() ? m_sinceLast.elapsed() : intervalMs;
-    const int waitMs = static_cast<int>(std::max<qint64>(0, intervalMs - passedMs));
-    if (!m_timer.isActive() || m_timer.remainingTime() > waitMs)
-        m_timer.start(waitMs);
+    if (m_timer.isActive())
+        return;
+    const qint64 nowMs =
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch())
+            .count();
+    m_timer.start(measurementIntervalMs - static_cast<int>(nowMs % measurementIntervalMs));
 }
 
 void RepaintPacer::fire()

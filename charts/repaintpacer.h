@@ -15,8 +15,8 @@ public:
 
     /// Asks for a repaint: due() follows from the event loop, at once when the last one is long enough ago.
     void request();
-    /// The same for a measurement: due() follows at once when the last one is 1/20 s ago. The whole window costs
-    /// processor time with each paint, and nobody reads figures faster. A request() in the meantime is not held up.
+    /// The same for a measurement: due() follows within 1/20 s, at the same time for all pacers, because a paint of the
+    /// window costs much the same for one widget as for several. It does not hold up a request().
     void requestForMeasurement();
     /// framesPerSecond of the display; values above 60 or not above 0 count as 60.
     void setDisplayRate(double framesPerSecond);
@@ -27,7 +27,6 @@ signals:
 
 private:
     void fire();
-    void fireAfter(int intervalMs);
 
     QTimer m_timer;
     QElapsedTimer m_sinceLast; ///< invalid before the first due()

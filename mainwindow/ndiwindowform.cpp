@@ -27,6 +27,7 @@ void dressForm(const Ui::NDIWindow &form)
                                                                        {form.analysis_latency_plot, "LATENCY"},
                                                                        {form.analysis_data_plot, "DATA RATE"}}};
     for (const auto &[chart, title] : charts) {
+        chart->setGround(QColor(0x15, 0x15, 0x15), 5); // as the style sheet of its container
         chart->setTitle(QCoreApplication::translate("NDIWindow", title));
         chart->setupLayout();
     }

@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QSignalSpy>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -91,6 +92,19 @@ void hover(CustomPlot &chart, int x, int y = 150)
     QCoreApplication::sendEvent(&chart, &move);
 }
 
+/// Red, and counts its paints.
+class PaintedParent final : public QWidget {
+public:
+    int paints = 0;
+
+protected:
+    void paintEvent(QPaintEvent *event) override
+    {
+        ++paints;
+        QPainter(this).fillRect(event->rect(), Qt::red);
+    }
+};
+
 int brightPixels(const QImage &image, const QRect &area, QColor than)
 {
     int count = 0;
@@ -131,6 +145,7 @@ private slots:
     void paintsAtAPace_data();
     void paintsAtAPace();
     void cursorDoesNotWaitForAMeasurement();
+    void groundIsPaintedAlone();
     void changesDuringAPartialPaintAreNotLost();
     void hiddenChartIsBroughtUpToDateWhenShown();
     void tinyWidgets_data();
@@ -522,6 +537,34 @@ void TestCustomPlot::cursorDoesNotWaitForAMeasurement()
     both.requestForMeasurement();
     both.request();
     QTRY_COMPARE(order, QStringList({QStringLiteral("both"), QStringLiteral("measured")}));
+}
+
+void TestCustomPlot::groundIsPaintedAlone()
+{
+    PaintedParent parent;
+    parent.resize(400, 320);
+    auto chart = makeChart(60, 60, 1);
+    CustomPlot *const plot = chart.release(); // the parent's
+    plot->setAutoFillBackground(false);
+    plot->setParent(&parent);
+    plot->setGeometry(10, 10, 380, 300);
+    plot->setGround(Qt::blue, 5);
+    parent.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&parent));
+    QTRY_VERIFY(plot->paints() > 0);
+    const QImage picture = parent.grab().toImage();
+    for (const QPoint &corner : {QPoint(10, 10), QPoint(389, 10), QPoint(14, 309), QPoint(389, 305)})
+        QCOMPARE(picture.pixelColor(corner), QColor(Qt::red));
+    for (const QPoint &inside : {QPoint(15, 10), QPoint(10, 15), QPoint(384, 309), QPoint(389, 304)})
+        QCOMPARE(picture.pixelColor(inside), QColor(Qt::blue));
+
+    QCoreApplication::processEvents();
+    const int paints = plot->paints();
+    const int parentPaints = parent.paints;
+    for (int i = 0; i < 300; ++i)
+        plot->appendNewData(0, i * 100, 30.0);
+    QTRY_VERIFY(plot->paints() > paints);
+    QCOMPARE(parent.paints, parentPaints);
 }
 
 void TestCustomPlot::changesDuringAPartialPaintAreNotLost()
