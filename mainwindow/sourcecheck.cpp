@@ -18,8 +18,10 @@ QCheckBox *addSourceCheck(QTableWidget *table, int row, const QString &sourceNam
     auto *layout = new QHBoxLayout(cell);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(check, 0, Qt::AlignCenter);
-    // Showing the cell would lay it out in a size that it never has; its resizing does so in the right one.
+    // Showing the cell would lay it out in a size that it never has; its resizing does so in the right one. A size that
+    // is set, and no cell's, spares it to compute one.
     layout->setEnabled(false);
+    cell->resize(1, 1);
     table->setCellWidget(row, 0, cell);
     layout->setEnabled(true);
     return check;
