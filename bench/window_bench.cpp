@@ -36,14 +36,19 @@ namespace {
 const QString sourceName = QStringLiteral("LOOPBACK (1080p59.94)");
 constexpr int receivers = 8;
 
+double clockSeconds(clockid_t clock)
+{
+    timespec time{};
+    if (clock_gettime(clock, &time) != 0)
+        return 0.0;
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
 /// Processor time of all threads of a process.
 double processSeconds(pid_t process)
 {
     clockid_t clock{};
-    timespec time{};
-    if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0)
-        return 0.0;
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+    return clock_getcpuclockid(process, &clock) == 0 ? clockSeconds(clock) : 0.0;
 }
 
 /// Leaves the thread to the window, without a wake-up of its own.
@@ -192,17 +197,22 @@ int main(int argc, char **argv)
     }
     emit window.form().multiOption->clicked(true);
     window.form().multiOption->setChecked(true);
-    QElapsedTimer clock;
-    clock.start();
-    window.getNDISource(list.data(), sources);
-    std::printf("\nfilling %d sources: %lld ms\n", sources, static_cast<long long>(clock.restart()));
-    QCoreApplication::processEvents();
-    std::printf("drawing them: %lld ms\n", static_cast<long long>(clock.restart()));
-    QMetaObject::invokeMethod(window.form().sourceTable->horizontalHeader(), "changed", Q_ARG(bool, true));
-    std::printf("checking all of them: %lld ms\n", static_cast<long long>(clock.restart()));
-    clock.restart();
-    window.getNDISource(list.data(), sources);
-    std::printf("filling them anew: %lld ms\n", static_cast<long long>(clock.restart()));
+    std::printf("\n| %d sources | time [ms] | processor time of the window's thread [ms] |\n|---|---:|---:|\n",
+                sources);
+    const auto timed = [](const char *name, const auto &step) {
+        const double before = clockSeconds(CLOCK_THREAD_CPUTIME_ID);
+        QElapsedTimer clock;
+        clock.start();
+        step();
+        std::printf("| %s | %lld | %.0f |\n", name, static_cast<long long>(clock.elapsed()),
+                    (clockSeconds(CLOCK_THREAD_CPUTIME_ID) - before) * 1e3);
+    };
+    timed("filling them", [&] { window.getNDISource(list.data(), sources); });
+    timed("drawing them", [] { QCoreApplication::processEvents(); });
+    timed("checking all of them", [&window] {
+        QMetaObject::invokeMethod(window.form().sourceTable->horizontalHeader(), "changed", Q_ARG(bool, true));
+    });
+    timed("filling them anew", [&] { window.getNDISource(list.data(), sources); });
     frame->close();
     return 0;
 }
