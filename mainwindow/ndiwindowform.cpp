@@ -9,6 +9,14 @@
 #include <initializer_list>
 #include <utility>
 
+namespace {
+
+const QColor panelColour(0x20, 0x20, 0x20);
+const QColor chartColour(0x15, 0x15, 0x15);
+constexpr int roundCorner = 5; ///< px
+
+} // namespace
+
 void dressForm(const Ui::NDIWindow &form)
 {
     QPalette palette = form.progress_viewer->palette(); // its own but for the shadow
@@ -21,13 +29,22 @@ void dressForm(const Ui::NDIWindow &form)
     form.waiting_spinner->setColor(palette.color(QPalette::Highlight));
     form.waiting_spinner->hide();
 
+    // What changes many times a second is filled with the colour of its panel, or else each of its paints would draw
+    // the panel and all that lies below it, too. The colours are those of the style sheets.
+    for (QWidget *figure : {static_cast<QWidget *>(form.L4), static_cast<QWidget *>(form.L8),
+                            static_cast<QWidget *>(form.progress_viewer)}) {
+        QPalette filled = figure->palette();
+        filled.setColor(QPalette::Window, panelColour);
+        figure->setPalette(filled);
+        figure->setAutoFillBackground(true);
+    }
     const std::array<std::pair<CustomPlot *, const char *>, 5> charts{{{form.fpsPlot, "FPS"},
                                                                        {form.dataPlot, "DATA RATE"},
                                                                        {form.pingPlot, "LATENCY"},
                                                                        {form.analysis_latency_plot, "LATENCY"},
                                                                        {form.analysis_data_plot, "DATA RATE"}}};
     for (const auto &[chart, title] : charts) {
-        chart->setGround(QColor(0x15, 0x15, 0x15), 5); // as the style sheet of its container
+        chart->setGround(chartColour, roundCorner);
         chart->setTitle(QCoreApplication::translate("NDIWindow", title));
         chart->setupLayout();
     }

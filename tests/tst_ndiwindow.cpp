@@ -441,7 +441,8 @@ void TestNdiWindow::figuresAreExactAndPaintedAtAPace()
     QWidget *const shown = multiple ? ui.tblStatus->viewport() : static_cast<QWidget *>(ui.L8);
     const EventCount paints(shown, QEvent::Paint);
     const EventCount layouts(shown->parentWidget(), QEvent::LayoutRequest);
-    const EventCount chartGrounds(ui.ping, QEvent::Paint); // the charts need nothing below them
+    // Charts and figures of the panel are painted without what lies below them; the table is not.
+    const EventCount below(multiple ? ui.ping : ui.middleContainer, QEvent::Paint);
     QElapsedTimer clock;
     clock.start();
     for (int interval = 2; interval < 302; ++interval) {
@@ -455,7 +456,7 @@ void TestNdiWindow::figuresAreExactAndPaintedAtAPace()
     }
     QVERIFY2(paints.count() <= clock.elapsed() / 50 + 2, qPrintable(QString::number(paints.count())));
     QCOMPARE(layouts.count(), 0);
-    QCOMPARE(chartGrounds.count(), 0);
+    QCOMPARE(below.count(), 0);
 
     const int before = paints.count();
     measure(302);
