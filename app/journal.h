@@ -47,8 +47,6 @@ public:
     /// Whether rows may be missing in the file: journals are off, it could not be made or written, or not fast
     /// enough. Any thread.
     bool isIncomplete() const noexcept;
-    /// Rows in the file. Only after end().
-    qint64 rowCount() const noexcept { return m_rowCount; }
 
 private:
     void run();

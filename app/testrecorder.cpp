@@ -76,9 +76,7 @@ bool TestRecorder::write()
     });
     if (journal)
         journal->end(isWritten ? Journal::End::Remove : Journal::End::Keep);
-    if (!isWritten) {
-        const qint64 rowCount = chunks.empty() ? 0 : qint64((chunks.size() - 1) * rowsPerChunk + chunks.back().size());
-        dropUnfinishedRecord(!journal || journal->isIncomplete() || journal->rowCount() < rowCount);
-    }
+    if (!isWritten)
+        dropUnfinishedRecord(!journal || journal->isIncomplete());
     return isWritten;
 }
