@@ -26,14 +26,10 @@ public:
     virtual QWidget *widget() = 0;
     /// Stores one sample; paints nothing.
     virtual void append(int series, double timeMs, double value) = 0;
-    /// Makes the next render() show what was appended. Ours needs nothing.
-    virtual void refresh() {}
-    /// Moves the cursor that reads values, where the library has one.
-    virtual bool hover(int x)
-    {
-        Q_UNUSED(x);
-        return false;
-    }
+    /// Paints the stored samples into the window and returns when they are there.
+    virtual void paint() = 0;
+    /// Moves the mouse to x; the next paint() shows the cursor there. Only our chart has such a cursor.
+    virtual void hover(int x) { Q_UNUSED(x); }
 };
 
 struct ChartPeerFactory {
@@ -41,5 +37,10 @@ struct ChartPeerFactory {
     std::function<std::unique_ptr<ChartPeer>()> make;
 };
 
-/// Ours first, then every library that was there at build time, with and without filled areas.
+/// The peer that our goals are ratios to, and our own chart in the drawing that they are for.
+constexpr const char *chartPeerOfTheGoals = "QCustomPlot, lines (antialiased)";
+constexpr const char *chartOfTheGoals = "ours, raw and smooth";
+
+/// Ours first, then every library that was there at build time, with and without filled areas and with the
+/// antialiasing that its users get: QCustomPlot's is on, that of Qwt, of Qt Charts and ours is off.
 std::vector<ChartPeerFactory> chartPeers();
