@@ -65,7 +65,7 @@ public:
             appendAt(index);
         m_window.show();
         QCoreApplication::processEvents();
-        m_peer->append(0, m_data.timeMs(m_next), m_data.value(0, m_next));
+        appendNext();
         m_peer->paint();
     }
     ~PaintedChart() { m_peer->widget()->setParent(nullptr); }

@@ -4,7 +4,9 @@
 #include "mainwindow/customsourcebutton.h"
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QMouseEvent>
+#include <QTimer>
 #include <QToolButton>
 
 #ifdef VEXA_HAVE_QCUSTOMPLOT
@@ -49,9 +51,10 @@ public:
     }
     void paint() override
     {
-        // The chart paces its repaints; the wait for the next one takes no processor time.
-        for (const int before = m_chart.paints(); m_chart.paints() == before;)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        // The chart paces its repaints: the next one comes within a frame of 17 ms. Waiting takes no processor time.
+        QEventLoop loop;
+        QTimer::singleShot(20, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+        loop.exec();
     }
     void hover(int x) override
     {

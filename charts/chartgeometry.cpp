@@ -28,12 +28,6 @@ bool ChartGeometry::isDrawable() const
            && plotHeight > 0;
 }
 
-QPointF ChartGeometry::map(QPointF sample) const
-{
-    return {sample.x() * plotWidth / 1000.0 / lengthS + plotLeft,
-            plotHeight - sample.y() * plotHeight / topValue + plotTop};
-}
-
 double ChartGeometry::cursorX(int timeMs) const
 {
     return timeMs / 1000.0 * plotWidth / lengthS + plotLeft;

@@ -32,7 +32,11 @@ struct ChartGeometry {
     double lengthMs() const { return lengthS * 1000.0; }
 
     /// Maps a sample (ms, value); the coordinates are not finite when the sample or the axes are not.
-    QPointF map(QPointF sample) const;
+    QPointF map(QPointF sample) const
+    {
+        return {sample.x() * plotWidth / 1000.0 / lengthS + plotLeft,
+                plotHeight - sample.y() * plotHeight / topValue + plotTop};
+    }
     /// x of the cursor line at a time in ms.
     double cursorX(int timeMs) const;
     /// Whether a cursor at this time lies on the axis.

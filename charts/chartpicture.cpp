@@ -11,9 +11,8 @@ namespace {
 /// How far a line's pixels reach beyond its ends.
 constexpr double lineReach = 2.0;
 
-/// A line that is cut by the painter's clip can come out one pixel aside. So strips are put together on the
-/// side, this much wider than what is taken from them, and no line that is cut touches what is taken.
-constexpr int stripMargin = 8;
+/// Of all images of a chart.
+constexpr qint64 mostImageBytes = 64 * 1024 * 1024;
 
 bool bandIsWhole(const ChartContents &contents, std::size_t index)
 {
@@ -37,13 +36,28 @@ void ChartPicture::restart()
     m_grid = QImage();
     m_workbench = QImage();
     m_whole = QImage();
+    m_memory.clear();
+    m_memoryInUse = 0;
 }
 
-QImage ChartPicture::blankImage() const
+qint64 ChartPicture::imageBytes() const
 {
-    const QSize size(static_cast<int>(std::ceil(m_view.geometry.width * m_view.pixelRatio)),
-                     static_cast<int>(std::ceil(m_view.geometry.height * m_view.pixelRatio)));
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    return static_cast<qint64>(m_memory.size()) * m_bytesEach;
+}
+
+QSize ChartPicture::deviceSize() const
+{
+    return {static_cast<int>(std::ceil(m_view.geometry.width * m_view.pixelRatio)),
+            static_cast<int>(std::ceil(m_view.geometry.height * m_view.pixelRatio))};
+}
+
+/// Fresh memory costs more than drawing on it, so that of former images is used again while it suffices.
+QImage ChartPicture::blankImage()
+{
+    if (m_memoryInUse == m_memory.size())
+        m_memory.push_back(std::make_unique<uchar[]>(static_cast<std::size_t>(m_bytesEach)));
+    const QSize size = deviceSize();
+    QImage image(m_memory[m_memoryInUse++].get(), size.width(), size.height(), QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(m_view.pixelRatio);
     image.fill(Qt::transparent);
     return image;
@@ -83,63 +97,67 @@ void ChartPicture::paintGrid()
     }
 }
 
-XRange ChartPicture::advancePlain(const ChartContents &contents, std::size_t index)
+void ChartPicture::paintPairs(QPainter &painter, const ChartContents &contents, std::size_t index, bool band,
+                              std::size_t first, std::size_t end) const
 {
-    const PointSeries &points = contents.plain[index];
-    XRange changed;
-    Layer &layer = m_series[index].plain;
-    if (m_view.raw && points.size() >= 2 && layer.pairs < points.size() - 1) {
-        if (layer.image.isNull())
-            layer.image = blankImage();
-        for (std::size_t k = layer.pairs; k < points.size(); ++k) {
-            const double x = m_view.geometry.map(points[k]).x();
-            changed.unite(XRange{x, x}.grownBy(lineReach));
-        }
-        QPainter painter(&layer.image);
-        painter.setClipRect(plotClip());
-        paintPlainSegments(painter, points, layer.pairs, points.size() - 1, m_view.geometry, contents.colorOf(index),
-                           m_view.pixelRatio);
-        layer.pairs = points.size() - 1;
-    }
-    if (m_view.smooth)
-        changed.unite(m_series[index].plainCurve.update(points, m_view.geometry).grownBy(lineReach));
-    return changed;
+    const QColor color = contents.colorOf(index);
+    if (band)
+        paintBandSegments(painter, {contents.minimum[index], contents.average[index], contents.maximum[index]}, first,
+                          end, m_view.geometry, color, m_view.pixelRatio);
+    else
+        paintPlainSegments(painter, contents.plain[index], first, end, m_view.geometry, color, m_view.pixelRatio);
 }
 
-XRange ChartPicture::advanceBand(const ChartContents &contents, std::size_t index)
+/// Takes the new pairs of the plain or band series and draws them when there is a layer or room for one.
+XRange ChartPicture::advanceRaw(const ChartContents &contents, std::size_t index, bool band)
 {
-    if (!bandIsWhole(contents, index))
+    const PointSeries &points = band ? contents.average[index] : contents.plain[index];
+    Layer &layer = band ? m_series[index].band : m_series[index].plain;
+    if (points.size() < 2 || (band && !bandIsWhole(contents, index)) || layer.pairs == points.size() - 1)
         return {};
-    XRange changed;
-    const BandPoints band{contents.minimum[index], contents.average[index], contents.maximum[index]};
-    const std::size_t size = band.average.size();
-    Series &series = m_series[index];
-    Layer &layer = series.band;
-    if (m_view.raw && layer.pairs < size - 1) {
-        if (layer.image.isNull())
-            layer.image = blankImage();
-        for (std::size_t k = layer.pairs; k < size; ++k) {
-            const double x = m_view.geometry.map(band.average[k]).x();
-            changed.unite(XRange{x, x}.grownBy(lineReach + 1.0));
-        }
+
+    XRange times;
+    double highest = 0.0;
+    for (std::size_t k = layer.pairs; k < points.size(); ++k) {
+        times.unite({points[k].x(), points[k].x()});
+        highest = std::max(highest, points[k].y()); // no comparison with a NaN is true
+        if (band)
+            highest = std::max({highest, contents.maximum[index][k].y(), contents.minimum[index][k].y()});
+    }
+    const QPointF topLeft = m_view.geometry.map({times.left, highest});
+    const XRange changed{topLeft.x(), m_view.geometry.map({times.right, 0.0}).x()};
+    m_top = std::min(m_top, topLeft.y());
+
+    if (layer.pairs == 0 && static_cast<qint64>(m_memoryInUse + 1) * m_bytesEach <= mostImageBytes)
+        layer.image = blankImage();
+    if (!layer.image.isNull()) {
         QPainter painter(&layer.image);
         painter.setClipRect(plotClip());
-        paintBandSegments(painter, band, layer.pairs, size - 1, m_view.geometry, contents.colorOf(index),
-                          m_view.pixelRatio);
-        layer.pairs = size - 1;
+        paintPairs(painter, contents, index, band, layer.pairs, points.size() - 1);
     }
-    if (m_view.smooth) {
-        changed.unite(series.averageCurve.update(band.average, m_view.geometry).grownBy(lineReach));
-        changed.unite(series.maximumCurve.update(band.maximum, m_view.geometry).grownBy(lineReach));
-        changed.unite(series.minimumCurve.update(band.minimum, m_view.geometry).grownBy(lineReach));
-    }
-    return changed;
+    layer.pairs = points.size() - 1;
+    return changed.grownBy(lineReach + 1.0);
 }
 
 XRange ChartPicture::advanceSeries(const ChartContents &contents, std::size_t index)
 {
-    XRange changed = advancePlain(contents, index);
-    changed.unite(advanceBand(contents, index));
+    XRange changed;
+    if (m_view.raw) {
+        changed.unite(advanceRaw(contents, index, false));
+        changed.unite(advanceRaw(contents, index, true));
+    }
+    if (m_view.smooth) {
+        Series &series = m_series[index];
+        const auto advance = [&](SmoothCurve &curve, const PointSeries &points) {
+            changed.unite(curve.update(points, m_view.geometry, m_view.tolerance).grownBy(lineReach));
+        };
+        advance(series.plainCurve, contents.plain[index]);
+        if (bandIsWhole(contents, index)) {
+            advance(series.averageCurve, contents.average[index]);
+            advance(series.maximumCurve, contents.maximum[index]);
+            advance(series.minimumCurve, contents.minimum[index]);
+        }
+    }
     return changed;
 }
 
@@ -153,13 +171,15 @@ XRange ChartPicture::cursorStrip() const
 
 void ChartPicture::compose(const ChartContents &contents, const QRect &strip)
 {
-    paintStrip(contents, strip.adjusted(-stripMargin, 0, stripMargin, 0));
+    paintStrip(contents, strip);
     QPainter painter(&m_whole);
     painter.setClipRect(strip);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.drawImage(QPointF(0, 0), m_workbench);
 }
 
+/// Only images are clipped to the strip. A line that the painter's clip cuts can come out one pixel aside, so
+/// all lines that touch the strip are drawn as a whole.
 void ChartPicture::paintStrip(const ChartContents &contents, const QRect &strip)
 {
     QPainter painter(&m_workbench);
@@ -171,34 +191,64 @@ void ChartPicture::paintStrip(const ChartContents &contents, const QRect &strip)
     const ChartGeometry &geometry = m_view.geometry;
     if (!geometry.isDrawable())
         return;
-    if (geometry.showsCursor(m_view.cursorMs)) {
+    const XRange range{static_cast<double>(strip.left()), static_cast<double>(strip.left() + strip.width())};
+    const XRange cursor = cursorStrip();
+    if (cursor.left <= range.right && range.left <= cursor.right) {
         const double x = geometry.cursorX(m_view.cursorMs);
+        painter.setClipping(false);
         painter.setPen(QPen(ChartStyle::gridColor(), 1.0, Qt::DashLine));
         painter.drawLine(QLineF(x, ChartGeometry::plotTop, x, geometry.plotBottom()));
     }
 
-    painter.setClipRect(strip.intersected(plotClip()));
-    const XRange range{static_cast<double>(strip.left()), static_cast<double>(strip.left() + strip.width())};
     for (std::size_t i = 0; i < m_series.size(); ++i) {
         if (!m_visible[i])
             continue;
         const Series &series = m_series[i];
         const QColor smooth = ChartStyle::smoothOf(contents.colorOf(i));
-        if (m_view.raw && !series.plain.image.isNull())
-            painter.drawImage(QPointF(0, 0), series.plain.image);
-        if (m_view.smooth)
-            series.plainCurve.paint(painter, range, geometry, smooth);
-        if (m_view.raw && !series.band.image.isNull())
-            painter.drawImage(QPointF(0, 0), series.band.image);
-        if (m_view.smooth) {
-            series.averageCurve.paint(painter, range, geometry, smooth);
-            series.maximumCurve.paint(painter, range, geometry, ChartStyle::smoothOf(Qt::red));
-            series.minimumCurve.paint(painter, range, geometry, ChartStyle::smoothOf(Qt::blue));
-        }
+        const auto paintCurve = [&](const SmoothCurve &curve, const QColor &color) {
+            if (!m_view.smooth)
+                return;
+            painter.setClipRect(plotClip());
+            curve.paint(painter, range, geometry, color);
+        };
+        paintRaw(painter, contents, i, false, strip);
+        paintCurve(series.plainCurve, smooth);
+        paintRaw(painter, contents, i, true, strip);
+        paintCurve(series.averageCurve, smooth);
+        paintCurve(series.maximumCurve, ChartStyle::smoothOf(Qt::red));
+        paintCurve(series.minimumCurve, ChartStyle::smoothOf(Qt::blue));
     }
 }
 
-QRect ChartPicture::update(const ChartContents &contents, const ChartView &view)
+void ChartPicture::paintRaw(QPainter &painter, const ChartContents &contents, std::size_t index, bool band,
+                            const QRect &strip) const
+{
+    const Layer &layer = band ? m_series[index].band : m_series[index].plain;
+    if (!m_view.raw || layer.pairs == 0)
+        return;
+    if (!layer.image.isNull()) {
+        painter.setClipRect(strip.intersected(plotClip()));
+        painter.drawImage(QPointF(0, 0), layer.image);
+        return;
+    }
+    const PointSeries &points = band ? contents.average[index] : contents.plain[index];
+    std::size_t first = 0;
+    std::size_t end = layer.pairs;
+    if (points.isAscending()) {
+        const ChartGeometry &geometry = m_view.geometry;
+        const auto timeAt = [&](double x) {
+            return (x - geometry.plotLeft) * geometry.lengthMs() / geometry.plotWidth;
+        };
+        const std::size_t after = points.firstFrom(timeAt(strip.left() - lineReach - 2.0));
+        first = std::min(end, after > 0 ? after - 1 : 0);
+        end = std::min(end, points.firstFrom(timeAt(strip.left() + strip.width() + lineReach + 2.0)));
+    }
+    painter.setClipRect(plotClip());
+    if (first < end)
+        paintPairs(painter, contents, index, band, first, end);
+}
+
+QRegion ChartPicture::update(const ChartContents &contents, const ChartView &view)
 {
     const QRect everything(0, 0, view.geometry.width, view.geometry.height);
     if (everything.isEmpty()) {
@@ -217,9 +267,16 @@ QRect ChartPicture::update(const ChartContents &contents, const ChartView &view)
     if (mappingChanged) {
         m_series.clear();
         m_series.resize(contents.plain.size());
+        const qint64 bytes = qint64(4) * deviceSize().width() * deviceSize().height();
+        if (bytes > m_bytesEach || bytes < m_bytesEach / 2) {
+            m_memory.clear();
+            m_bytesEach = bytes;
+        }
+        m_memoryInUse = 0;
         paintGrid();
         m_workbench = blankImage();
         m_whole = blankImage();
+        m_top = ChartGeometry::plotTop;
     }
     XRange changed;
     if (view.geometry.isDrawable()) {
@@ -234,22 +291,23 @@ QRect ChartPicture::update(const ChartContents &contents, const ChartView &view)
         return everything;
     }
 
-    QRect changedRect;
+    QRegion changedRegion;
     const auto composeStrip = [&](XRange range) {
         if (range.isEmpty())
             return;
         const int left = truncated(std::floor(std::max(range.left, -1.0)));
         const int right = truncated(std::ceil(std::min(range.right, view.geometry.width + 1.0)));
-        const QRect strip = QRect(left, 0, right - left + 1, view.geometry.height).intersected(everything);
+        const int top = truncated(std::floor(std::max(m_top - lineReach, 0.0)));
+        const QRect strip = QRect(left, top, right - left + 1, view.geometry.height - top).intersected(everything);
         if (strip.isEmpty())
             return;
         compose(contents, strip);
-        changedRect |= strip;
+        changedRegion += strip;
     };
     composeStrip(changed);
     if (cursorMoved) {
         composeStrip(formerCursor);
         composeStrip(cursorStrip());
     }
-    return changedRect;
+    return changedRegion;
 }

@@ -9,8 +9,10 @@
 #include <QColor>
 #include <QImage>
 #include <QRect>
+#include <QRegion>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 class QPainter;
@@ -34,31 +36,36 @@ struct ChartView {
     bool raw = false;
     bool smooth = false;
     int cursorMs = -1; ///< a time off the axis shows no cursor
+    /// How far, in logical pixels, a smooth curve may stay from where new samples move it, see SmoothCurve.
+    double tolerance = 0.0;
 };
 
 /// The picture of a chart without its callouts, kept from paint to paint: grid, cursor line and series.
-/// The raw drawing of each series has a transparent layer of its own to which only new segments are drawn;
-/// a smooth curve is kept as one y for each column. What changed is put together anew as one upright strip,
-/// so the cost follows new samples and pixels, not the length of the test. Memory: while the chart is shown
-/// three images and, in raw drawing, one for each series (4 bytes a device pixel).
+/// What changed is composed anew as one upright strip, so the cost follows new samples and pixels, not the
+/// length of the test. In raw drawing a series has a transparent layer to which only new segments are drawn; a
+/// smooth curve is kept as one y for each column. Memory: three images of 4 bytes a device pixel while the
+/// chart is shown, and layers as long as all images together stay within 64 MB; the samples of series without
+/// a layer are drawn directly with each strip that they touch.
 /// GUI thread.
 class ChartPicture final {
 public:
     /// Brings the picture up to date and returns what changed, in logical pixels.
-    QRect update(const ChartContents &contents, const ChartView &view);
+    QRegion update(const ChartContents &contents, const ChartView &view);
     /// Premultiplied, transparent where nothing is drawn, in the pixel ratio of the last view.
     const QImage &image() const { return m_whole; }
     /// The contents are others now.
     void restart();
-    /// Gives the images back; the next update draws everything again.
+    /// Releases the images; the next update draws everything again.
     void release() { restart(); }
     /// How often everything was drawn anew.
     int fullRedraws() const { return m_fullRedraws; }
+    /// Memory of all images.
+    qint64 imageBytes() const;
 
 private:
     struct Layer {
-        QImage image;
-        std::size_t pairs = 0; ///< drawn so far
+        QImage image;          ///< null when the pairs are drawn directly
+        std::size_t pairs = 0; ///< taken so far
     };
     struct Series {
         Layer plain;
@@ -69,12 +76,16 @@ private:
         SmoothCurve minimumCurve;
     };
 
-    QImage blankImage() const;
+    QSize deviceSize() const;
+    QImage blankImage();
     void paintGrid();
     QRect plotClip() const;
     XRange advanceSeries(const ChartContents &contents, std::size_t index);
-    XRange advancePlain(const ChartContents &contents, std::size_t index);
-    XRange advanceBand(const ChartContents &contents, std::size_t index);
+    XRange advanceRaw(const ChartContents &contents, std::size_t index, bool band);
+    void paintPairs(QPainter &painter, const ChartContents &contents, std::size_t index, bool band, std::size_t first,
+                    std::size_t end) const;
+    void paintRaw(QPainter &painter, const ChartContents &contents, std::size_t index, bool band,
+                  const QRect &strip) const;
     void compose(const ChartContents &contents, const QRect &strip);
     void paintStrip(const ChartContents &contents, const QRect &strip);
     XRange cursorStrip() const;
@@ -83,7 +94,11 @@ private:
     std::vector<quint8> m_visible;
     std::vector<Series> m_series;
     QImage m_grid;
-    QImage m_workbench; ///< where strips are put together
+    QImage m_workbench; ///< where strips are composed; anything beside the strip is scratch
     QImage m_whole;
+    std::vector<std::unique_ptr<uchar[]>> m_memory; ///< of the images
+    std::size_t m_memoryInUse = 0;
+    qint64 m_bytesEach = 0;
+    double m_top = 0.0; ///< nothing but the grid is drawn above this y
     int m_fullRedraws = 0;
 };

@@ -9,25 +9,18 @@ void ColumnBins::add(QPointF pixel)
     if (!std::isfinite(pixel.y()) || !(std::abs(pixel.x()) < mostColumns))
         return;
     const int column = static_cast<int>(pixel.x());
-    if (m_finished.empty() && m_count == 0)
+    if (m_knots.empty()) {
         m_firstX = pixel.x();
+        m_knots.emplace_back(m_start, 0.0);
+    }
     m_lastX = pixel.x();
     if (column / columnWidth != m_start / columnWidth && m_count > 0) {
-        m_finished.emplace_back(m_start, m_sum / m_count);
         m_start = column;
         m_sum = 0.0;
         m_count = 0;
+        m_knots.emplace_back(m_start, 0.0);
     }
     m_sum += pixel.y();
     ++m_count;
-}
-
-std::vector<QPointF> ColumnBins::knots() const
-{
-    std::vector<QPointF> all;
-    all.reserve(m_finished.size() + 1);
-    all = m_finished;
-    if (m_count > 0)
-        all.emplace_back(m_start, m_sum / m_count);
-    return all;
+    m_knots.back().setY(m_sum / m_count);
 }

@@ -8,21 +8,6 @@ namespace {
 
 constexpr int pickWindowMs = 100;
 
-/// First point whose time is not below the given one; size() when there is none. Times must ascend.
-std::size_t firstFrom(const PointSeries &points, double timeMs)
-{
-    std::size_t low = 0;
-    std::size_t high = points.size();
-    while (low < high) {
-        const std::size_t middle = low + (high - low) / 2;
-        if (points[middle].x() < timeMs)
-            low = middle + 1;
-        else
-            high = middle;
-    }
-    return low;
-}
-
 class Pick {
 public:
     explicit Pick(int cursorMs) : m_cursorMs(cursorMs), m_window(cursorMs / pickWindowMs) {}
@@ -61,9 +46,9 @@ std::optional<double> pickValue(const PointSeries &points, int cursorMs, double 
         // One point more on each side: a cut time can bring a neighbour into the window.
         const double windowMs = cursorMs - cursorMs % pickWindowMs;
         const double leftMs = windowMs > 0.0 ? windowMs : -pickWindowMs;
-        const std::size_t first = firstFrom(points, leftMs);
+        const std::size_t first = points.firstFrom(leftMs);
         from = first > 0 ? first - 1 : 0;
-        to = std::min(lastPair, firstFrom(points, windowMs + pickWindowMs));
+        to = std::min(lastPair, points.firstFrom(windowMs + pickWindowMs));
     }
 
     Pick pick(cursorMs);

@@ -40,6 +40,9 @@ QToolButton *drawingToggle(QWidget *parent, const QString &picture, bool checked
     return button;
 }
 
+/// In logical pixels. A new sample moves the whole smooth curve, but after a few knots by less than a person can see.
+constexpr double streamTolerance = 1.0 / 64.0;
+
 QSpacerItem *wideSpacer()
 {
     return new QSpacerItem(40, 20, QSizePolicy::Expanding, QSizePolicy::Minimum);
@@ -56,7 +59,7 @@ CustomPlot::CustomPlot(QWidget *parent)
     setAttribute(Qt::WA_MouseTracking);
     connect(&m_pacer, &RepaintPacer::due, this, [this] {
         if (isVisible())
-            update(bringUpToDate() + std::exchange(m_unpainted, QRegion()));
+            update(bringUpToDate(streamTolerance) + std::exchange(m_unpainted, QRegion()));
     });
 }
 
@@ -269,8 +272,8 @@ std::vector<CustomPlot::Callout> CustomPlot::makeCallouts(const ChartGeometry &g
     return callouts;
 }
 
-/// Updates picture and callouts and returns what has to be painted again.
-QRegion CustomPlot::bringUpToDate()
+/// Updates picture and callouts and returns what has to be painted again. tolerance: see ChartView.
+QRegion CustomPlot::bringUpToDate(double tolerance)
 {
     ChartView view;
     view.geometry = ChartGeometry(size(), maxY, maxX);
@@ -280,6 +283,7 @@ QRegion CustomPlot::bringUpToDate()
     view.raw = rawButton && rawButton->isChecked();
     view.smooth = smoothButton && smoothButton->isChecked();
     view.cursorMs = hoverTime;
+    view.tolerance = tolerance;
     const ChartContents contents{values,        avgValues,
                                  minValues,     maxValues,
                                  seriesVisible, [this](std::size_t i) { return seriesColor(static_cast<int>(i)); }};
@@ -302,7 +306,8 @@ QRegion CustomPlot::bringUpToDate()
 void CustomPlot::paintEvent(QPaintEvent *event)
 {
     ++m_paints;
-    const QRegion changed = bringUpToDate();
+    const bool whole = event->rect() == rect(); // may as well be exact
+    const QRegion changed = bringUpToDate(whole ? 0.0 : streamTolerance);
     QPainter painter(this);
     if (m_ground.isValid())
         painter.fillRect(event->rect(), m_ground);

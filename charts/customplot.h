@@ -89,7 +89,7 @@ private:
     void cutCorners();
     void scheduleRepaint();
     void scheduleRepaintForSample();
-    QRegion bringUpToDate();
+    QRegion bringUpToDate(double tolerance);
     std::vector<Callout> makeCallouts(const ChartGeometry &geometry) const;
 
     double maxY = 60.0;

@@ -30,6 +30,19 @@ public:
     const QPointF &operator[](std::size_t index) const { return (*m_blocks[index / blockPoints])[index % blockPoints]; }
     /// Whether no point lies left of the one before it, so that times can be searched by halving.
     bool isAscending() const { return m_ascending; }
+    /// First point whose time is not below the given one; size() without any. Precondition: isAscending().
+    std::size_t firstFrom(double timeMs) const
+    {
+        std::size_t low = 0;
+        for (std::size_t high = m_size; low < high;) {
+            const std::size_t middle = low + (high - low) / 2;
+            if ((*this)[middle].x() < timeMs)
+                low = middle + 1;
+            else
+                high = middle;
+        }
+        return low;
+    }
 
 private:
     using Block = std::array<QPointF, blockPoints>;

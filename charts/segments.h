@@ -5,10 +5,15 @@
 
 #include <QColor>
 #include <QLineF>
+#include <QPen>
 
 #include <optional>
+#include <vector>
 
 class QPainter;
+
+/// Draws lines in an opaque colour on an image, in the normal composition mode.
+void drawOpaqueLines(QPainter &painter, QPen pen, const std::vector<QLineF> &lines);
 
 /// A pair of neighbouring samples after the cut at the end of the axis: times beyond it become the end.
 /// Empty when both lie beyond it.
@@ -23,8 +28,9 @@ struct BandPoints {
 
 /// Draws the pairs first .. end - 1 of a plain series (pair k joins points k and k + 1): below each segment
 /// a translucent area down to the plot's bottom, on it the segment. The picture is that of drawing pair after
-/// pair; areas that reach no pixel's middle are left out and the others are filled in as few polygons as
-/// possible. pixelRatio: device pixels per logical pixel of the painter, which is not antialiased.
+/// pair; areas that reach no pixel's middle are left out, the others are filled in as few polygons as
+/// possible, and segments within one column of pixels are joined. first < end. pixelRatio: device pixels per logical
+/// pixel of the painter, which is not antialiased.
 void paintPlainSegments(QPainter &painter, const PointSeries &points, std::size_t first, std::size_t end,
                         const ChartGeometry &geometry, const QColor &color, double pixelRatio);
 

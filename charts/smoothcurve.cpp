@@ -1,50 +1,56 @@
 #include "charts/smoothcurve.h"
 
-#include "charts/naturalspline.h"
+#include "charts/segments.h"
 
 #include <QLineF>
 #include <QPainter>
 
 #include <cmath>
+#include <utility>
 
-XRange SmoothCurve::update(const PointSeries &points, const ChartGeometry &geometry)
+XRange SmoothCurve::update(const PointSeries &points, const ChartGeometry &geometry, double tolerance)
 {
-    if (m_taken == points.size())
+    const auto drawnColumns = static_cast<int>(m_columnY.size());
+    if (m_taken == points.size() && (tolerance > 0.0 || m_inexact >= drawnColumns))
         return {};
+    const std::size_t keptKnots = m_bins.knots().empty() ? 0 : m_bins.knots().size() - 1;
     for (; m_taken < points.size(); ++m_taken)
         m_bins.add(geometry.map(points[m_taken]));
+    const std::size_t piece = m_spline.update(m_bins.knots(), keptKnots);
 
-    // The whole curve follows from at most one knot for five pixels. A new point moves all of it, but the
-    // effect fades to a quarter from knot to knot, so that some 200 pixels back it is below what a double
-    // tells apart and the columns are the same, bit by bit.
-    std::optional<NaturalSpline> spline;
-    if (points.size() >= 3)
-        spline = NaturalSpline::through(m_bins.knots());
+    const double left = geometry.plotLeft;
+    int columns = 0;
+    if (m_spline.isValid() && points.size() >= 3)
+        columns = std::max(
+            0, static_cast<int>(std::min(std::trunc(m_bins.lastX() + 1.0), geometry.plotRight() + 1.0) - left));
     XRange changed;
-    const auto drawnColumns = static_cast<int>(m_columnY.size());
-    if (!spline) {
-        if (drawnColumns > 0)
-            changed = {static_cast<double>(geometry.plotLeft), static_cast<double>(geometry.plotLeft + drawnColumns)};
-        m_columnY.clear();
+    if (columns < drawnColumns)
+        changed = {left + columns - 1.0, left + drawnColumns};
+    m_columnY.resize(static_cast<std::size_t>(columns), std::nan(""));
+    if (columns == 0) {
+        m_inexact = 0;
         return changed;
     }
 
-    const double end = std::min(std::trunc(m_bins.lastX() + 1.0), geometry.plotRight() + 1.0);
-    const int columns = std::max(0, static_cast<int>(end) - geometry.plotLeft);
-    m_firstX = m_bins.firstX();
-    m_firstY = spline->at(m_firstX);
-    m_columnY.resize(static_cast<std::size_t>(columns), std::nan(""));
-    for (int column = 0; column < columns; ++column) {
-        const double y = spline->at(geometry.plotLeft + column);
-        double &drawn = m_columnY[static_cast<std::size_t>(column)];
-        if (column < drawnColumns && y == drawn)
-            continue;
+    // New points move the curve from one piece on; columns left of its knot need no look.
+    int from = piece > 0 ? static_cast<int>(std::floor(m_spline.knotX(piece) - left)) : 0;
+    from = std::clamp(from, 0, drawnColumns);
+    m_inexact = std::min(m_inexact, from);
+    if (tolerance <= 0.0)
+        from = std::exchange(m_inexact, columns);
+    const auto moves = [&](double &drawn, double y) {
+        if (std::abs(y - drawn) <= tolerance) // never of a new column, which is not a number
+            return false;
         drawn = y;
-        const double x = geometry.plotLeft + column;
-        changed.unite({x - 1.0, x + 1.0});
+        return true;
+    };
+    m_firstX = m_bins.firstX();
+    if (from <= m_firstX - left && moves(m_firstY, m_spline.at(m_firstX)))
+        changed.unite({m_firstX, m_firstX + 2.0});
+    for (int column = from; column < columns; ++column) {
+        if (moves(m_columnY[static_cast<std::size_t>(column)], m_spline.at(left + column)))
+            changed.unite({left + column - 1.0, left + column + 1.0});
     }
-    for (int column = columns; column < drawnColumns; ++column)
-        changed.unite({geometry.plotLeft + column - 1.0, geometry.plotLeft + column + 1.0});
     return changed;
 }
 
@@ -69,6 +75,5 @@ void SmoothCurve::paint(QPainter &painter, XRange range, const ChartGeometry &ge
         if (inPlot(start.y()) && inPlot(end.y()))
             lines.emplace_back(start, end);
     }
-    painter.setPen(QPen(color, 2.0));
-    painter.drawLines(lines.data(), static_cast<int>(lines.size()));
+    drawOpaqueLines(painter, QPen(color, 2.0), lines);
 }
