@@ -99,6 +99,7 @@ private slots:
     void splineIsThatOfTheFullMatrix();
     void splineKnownValues();
     void splineIsTheSameInAnyOrderOfQuestions();
+    void updatedSplineIsThatOfAllKnots();
     void pick_data();
     void pick();
     void pickIsThatOfLookingAtAll();
@@ -225,6 +226,38 @@ void TestChartCurves::splineIsTheSameInAnyOrderOfQuestions()
         ys.push_back(forward->at(x));
     for (int x = 70; x >= -5; --x)
         QCOMPARE(backward->at(x), ys[static_cast<std::size_t>(x + 5)]);
+}
+
+void TestChartCurves::updatedSplineIsThatOfAllKnots()
+{
+    std::mt19937 random(13);
+    NaturalSpline spline;
+    std::vector<QPointF> knots;
+    std::size_t fewest = 1000;
+    for (int step = 0; step < 300; ++step) {
+        const std::size_t kept = knots.empty() ? 0 : knots.size() - 1;
+        if (step % 3 == 0) // a new knot, then two moves of it
+            knots.emplace_back(step * 5.0 / 3.0 + static_cast<double>(random() % 3), 0.0);
+        knots.back().setY(static_cast<double>(random() % 300));
+        std::vector<double> before;
+        for (double x = -10.0; spline.isValid() && x < knots[kept > 0 ? kept - 1 : 0].x(); x += 1.0)
+            before.push_back(spline.at(x));
+        const std::size_t piece = spline.update(knots, kept);
+        QCOMPARE(spline.isValid(), knots.size() > 2);
+        if (!spline.isValid())
+            continue;
+        auto whole = NaturalSpline::through(knots);
+        for (double x = -10.0; x < knots.back().x() + 20.0; x += 1.0) {
+            QVERIFY(spline.at(x) == whole->at(x)); // bit by bit
+        }
+        if (piece > 0) { // nothing changed left of it, and it lies a bounded number of knots back
+            for (std::size_t i = 0; i < before.size() && static_cast<double>(i) - 10.0 < spline.knotX(piece); ++i)
+                QVERIFY(before[i] == whole->at(static_cast<double>(i) - 10.0));
+            QVERIFY(knots.size() - piece <= 53);
+            fewest = std::min(fewest, knots.size() - piece);
+        }
+    }
+    QVERIFY2(fewest < 35, qPrintable(QString::number(fewest)));
 }
 
 void TestChartCurves::pick_data()

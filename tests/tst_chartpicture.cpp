@@ -26,7 +26,7 @@ public:
         naive.maxY = maxY;
         naive.series.resize(count);
         for (std::size_t i = 0; i < count; ++i)
-            naive.series[i].color = QColor::fromHsv(static_cast<int>(i) * 45, 230, 207);
+            naive.series[i].color = QColor::fromHsv(static_cast<int>(i) * 45 % 360, 230, 207);
     }
 
     void append(int series, double timeMs, double value)
@@ -61,11 +61,13 @@ public:
         view.raw = naive.raw;
         view.smooth = naive.smooth;
         view.cursorMs = naive.hoverTime;
+        view.tolerance = tolerance;
         return picture.update(contents, view);
     }
 
     NaiveChart naive;
     ChartPicture picture;
+    double tolerance = 0.0;
 
 private:
     std::vector<PointSeries> plain;
@@ -102,6 +104,9 @@ private slots:
     void hostileSamples_data();
     void hostileSamples();
     void newSamplesChangeAStripOnly();
+    void toleratedCurveIsRedrawnNearItsEndOnly();
+    void manySeriesStayBounded_data();
+    void manySeriesStayBounded();
     void cursorChangesTwoStrips();
     void redrawsAllOnlyWhenItMust();
     void withoutRoomOrAxesNothingIsDrawn_data();
@@ -222,6 +227,90 @@ void TestChartPicture::hostileSamples()
         if (QTest::currentTestFailed())
             return;
     }
+    chart.picture.restart();
+    chart.update();
+    compare(chart, 1.0, "drawn anew as a whole");
+}
+
+void TestChartPicture::toleratedCurveIsRedrawnNearItsEndOnly()
+{
+    constexpr double tolerance = 1.0 / 64.0;
+    Chart chart(2, QSize(900, 300), 300.0, 60.0);
+    chart.naive.smooth = true;
+    chart.tolerance = tolerance;
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> noise(-4.0, 4.0);
+    int widest = 0;
+    int partial = 0; // how many pixels differ at most from the exact picture
+    for (int index = 0; index < 6000; ++index) {
+        for (int series = 0; series < 2; ++series)
+            chart.append(series, index * 16.0, 40.0 - series * 20.0 + noise(random));
+        const QRect changed = chart.update().boundingRect();
+        if (index < 2000)
+            continue;
+        widest = std::max(widest, changed.width());
+        if (index % 500 == 0)
+            partial = std::max(partial, comparePictures(chart.picture.image(), chart.naive.image(1.0)).pixels);
+    }
+    // A new knot is off by at most 8 of 60 units, 32 pixels. That fades by 2 - sqrt(3) from knot to knot: five pixels
+    // each, after six knots it is below the tolerance. The curve's bend at the new knot makes it one knot more.
+    const double knots = std::log(tolerance / 32.0) / std::log(2.0 - std::sqrt(3.0)) + 1.0;
+    const int most = static_cast<int>(std::ceil(knots + 1.0)) * 5 + 8;
+    QVERIFY2(widest > 8 && widest <= most, qPrintable(QStringLiteral("%1 of %2").arg(widest).arg(most)));
+    QVERIFY2(partial <= 20, qPrintable(QString::number(partial)));
+
+    chart.tolerance = 0.0;
+    chart.update();
+    compare(chart, 1.0, "exact again, without a full redraw");
+    QCOMPARE(chart.picture.fullRedraws(), 1);
+}
+
+void TestChartPicture::manySeriesStayBounded_data()
+{
+    QTest::addColumn<int>("series");
+    QTest::addColumn<bool>("band");
+    QTest::addColumn<double>("backMs");
+    QTest::newRow("plain") << 1000 << false << 0.0;
+    QTest::newRow("plain, times that go back") << 100 << false << 9000.0;
+    QTest::newRow("band") << 100 << true << 0.0;
+}
+
+void TestChartPicture::manySeriesStayBounded()
+{
+    QFETCH(int, series);
+    QFETCH(bool, band);
+    QFETCH(double, backMs);
+    constexpr QSize size(900, 300);
+    Chart chart(series, size, 60.0, 80.0);
+    chart.naive.raw = chart.naive.smooth = true;
+    const auto append = [&](int index) {
+        const double timeMs = index * 4000.0 - (index % 5 == 4 ? backMs : 0.0);
+        for (int i = 0; i < series; ++i) {
+            const double value = 5.0 + i * 65.0 / series + (index * 7 + i) % 11 * 0.4;
+            if (band)
+                chart.appendBand(i, timeMs, value - 2.0, value + 1.0, value);
+            else
+                chart.append(i, timeMs, value);
+        }
+    };
+    for (int index = 0; index < 9; ++index)
+        append(index);
+    chart.update();
+    constexpr qint64 most = 64 * 1024 * 1024;
+    constexpr qint64 bytesEach = 900 * 300 * 4;
+    QVERIFY2(chart.picture.imageBytes() <= most, qPrintable(QString::number(chart.picture.imageBytes())));
+    QVERIFY(chart.picture.imageBytes() > most - bytesEach);
+    compare(chart, 1.0, "drawn as a whole");
+    if (QTest::currentTestFailed())
+        return;
+    for (int index = 9; index < 13; ++index) {
+        append(index);
+        chart.naive.hoverTime = index * 3000;
+        chart.update();
+    }
+    compare(chart, 1.0, "after new samples and cursors");
+    QVERIFY(chart.picture.imageBytes() <= most);
+    QCOMPARE(chart.picture.fullRedraws(), 1);
 }
 
 void TestChartPicture::newSamplesChangeAStripOnly()
