@@ -27,6 +27,13 @@ int truncated(double value)
     return static_cast<int>(std::clamp(value, -most, most));
 }
 
+/// The logical pixel that holds a coordinate, cut to what no widget exceeds.
+int pixelAt(double coordinate)
+{
+    constexpr double most = 1e6;
+    return static_cast<int>(std::floor(std::clamp(coordinate, -most, most)));
+}
+
 } // namespace
 
 void ChartPicture::restart()
@@ -117,16 +124,21 @@ XRange ChartPicture::advanceRaw(const ChartContents &contents, std::size_t index
         return {};
 
     XRange times;
-    double highest = 0.0;
+    XRange figures{0.0, 0.0};
     for (std::size_t k = layer.pairs; k < points.size(); ++k) {
         times.unite({points[k].x(), points[k].x()});
-        highest = std::max(highest, points[k].y()); // no comparison with a NaN is true
-        if (band)
-            highest = std::max({highest, contents.maximum[index][k].y(), contents.minimum[index][k].y()});
+        const double y = points[k].y();
+        figures.unite({y, y}); // nothing when it is not a number
+        if (band) {
+            figures.unite({contents.maximum[index][k].y(), contents.maximum[index][k].y()});
+            figures.unite({contents.minimum[index][k].y(), contents.minimum[index][k].y()});
+        }
     }
-    const QPointF topLeft = m_view.geometry.map({times.left, highest});
-    const XRange changed{topLeft.x(), m_view.geometry.map({times.right, 0.0}).x()};
-    m_top = std::min(m_top, topLeft.y());
+    const QPointF topLeft = m_view.geometry.map({times.left, figures.right});
+    const QPointF bottomRight = m_view.geometry.map({times.right, figures.left});
+    layer.top = std::min(layer.top, topLeft.y() - lineReach);
+    m_top = std::min(m_top, layer.top);
+    m_bottom = std::max(m_bottom, bottomRight.y() + lineReach);
 
     if (layer.pairs == 0 && static_cast<qint64>(m_memoryInUse + 1) * m_bytesEach <= mostImageBytes)
         layer.image = blankImage();
@@ -136,7 +148,7 @@ XRange ChartPicture::advanceRaw(const ChartContents &contents, std::size_t index
         paintPairs(painter, contents, index, band, layer.pairs, points.size() - 1);
     }
     layer.pairs = points.size() - 1;
-    return changed.grownBy(lineReach + 1.0);
+    return XRange{topLeft.x(), bottomRight.x()}.grownBy(lineReach + 1.0);
 }
 
 XRange ChartPicture::advanceSeries(const ChartContents &contents, std::size_t index)
@@ -227,7 +239,9 @@ void ChartPicture::paintRaw(QPainter &painter, const ChartContents &contents, st
     if (!m_view.raw || layer.pairs == 0)
         return;
     if (!layer.image.isNull()) {
-        painter.setClipRect(strip.intersected(plotClip()));
+        QRect clip = strip.intersected(plotClip());
+        clip.setTop(std::max(clip.top(), pixelAt(layer.top)));
+        painter.setClipRect(clip);
         painter.drawImage(QPointF(0, 0), layer.image);
         return;
     }
@@ -276,7 +290,8 @@ QRegion ChartPicture::update(const ChartContents &contents, const ChartView &vie
         paintGrid();
         m_workbench = blankImage();
         m_whole = blankImage();
-        m_top = ChartGeometry::plotTop;
+        m_top = ChartGeometry::plotTop - lineReach;
+        m_bottom = view.geometry.plotBottom() + lineReach;
     }
     XRange changed;
     if (view.geometry.isDrawable()) {
@@ -295,10 +310,9 @@ QRegion ChartPicture::update(const ChartContents &contents, const ChartView &vie
     const auto composeStrip = [&](XRange range) {
         if (range.isEmpty())
             return;
-        const int left = truncated(std::floor(std::max(range.left, -1.0)));
-        const int right = truncated(std::ceil(std::min(range.right, view.geometry.width + 1.0)));
-        const int top = truncated(std::floor(std::max(m_top - lineReach, 0.0)));
-        const QRect strip = QRect(left, top, right - left + 1, view.geometry.height - top).intersected(everything);
+        const QRect strip =
+            QRect(QPoint(pixelAt(range.left), pixelAt(m_top)), QPoint(pixelAt(range.right) + 1, pixelAt(m_bottom) + 1))
+                .intersected(everything);
         if (strip.isEmpty())
             return;
         compose(contents, strip);

@@ -66,6 +66,7 @@ private:
     struct Layer {
         QImage image;          ///< null when the pairs are drawn directly
         std::size_t pairs = 0; ///< taken so far
+        double top = 1e6;      ///< nothing is drawn above this y
     };
     struct Series {
         Layer plain;
@@ -99,6 +100,7 @@ private:
     std::vector<std::unique_ptr<uchar[]>> m_memory; ///< of the images
     std::size_t m_memoryInUse = 0;
     qint64 m_bytesEach = 0;
-    double m_top = 0.0; ///< nothing but the grid is drawn above this y
+    double m_top = 0.0; ///< between these y lies all but the grid's labels
+    double m_bottom = 0.0;
     int m_fullRedraws = 0;
 };
