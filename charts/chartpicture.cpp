@@ -86,10 +86,11 @@ void ChartPicture::paintGrid()
     painter.setFont(ChartStyle::font(8));
     painter.setPen(ChartStyle::gridColor());
 
+    std::vector<QLineF> lines;
     const int xStep = truncated(geometry.lengthS / (m_view.verticalLines - 1));
     for (int i = 0; i < m_view.verticalLines; ++i) {
         const double x = i * (geometry.plotWidth / geometry.lengthS) * xStep + geometry.plotLeft;
-        painter.drawLine(QLineF(x, ChartGeometry::plotTop, x, geometry.height - ChartGeometry::belowPlot));
+        lines.emplace_back(x, ChartGeometry::plotTop, x, geometry.height - ChartGeometry::belowPlot);
         if (i > 0)
             painter.drawText(QPoint(truncated(x - 15), geometry.height - 10),
                              QStringLiteral("%1").arg(static_cast<qint64>(i) * xStep));
@@ -98,10 +99,11 @@ void ChartPicture::paintGrid()
     for (int j = 0; j < m_view.horizontalLines; ++j) {
         const double y =
             geometry.plotHeight - j * (geometry.plotHeight / geometry.topValue) * yStep + ChartGeometry::plotTop;
-        painter.drawLine(QLineF(geometry.plotLeft, y, geometry.plotRight(), y));
+        lines.emplace_back(geometry.plotLeft, y, geometry.plotRight(), y);
         painter.drawText(QRect(0, truncated(y - 5), geometry.labelWidth + 5, 15), Qt::AlignRight,
                          QStringLiteral("%1").arg(static_cast<qint64>(j) * yStep));
     }
+    drawOpaqueLines(painter, ChartStyle::gridColor(), lines);
 }
 
 void ChartPicture::paintPairs(QPainter &painter, const ChartContents &contents, std::size_t index, bool band,

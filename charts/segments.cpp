@@ -105,6 +105,7 @@ public:
     SegmentRun(QPainter &painter, const QColor &color, int columns)
         : m_painter(painter), m_color(color), m_columns(static_cast<std::size_t>(columns))
     {
+        m_lines.reserve(8 * m_columns.size());
     }
 
     void add(const QLineF &line)
