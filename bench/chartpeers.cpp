@@ -35,6 +35,15 @@ constexpr int topValue = 70;
     return QColor::fromHsv(series * 45, 200, 220);
 }
 
+/// Paints come a frame apart, for every chart: until then other programs use the processor's caches. Waiting takes
+/// no processor time.
+void waitForAFrame()
+{
+    QEventLoop loop;
+    QTimer::singleShot(20, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
 class OurChart final : public ChartPeer {
 public:
     OurChart(bool raw, bool smooth)
@@ -51,10 +60,7 @@ public:
     }
     void paint() override
     {
-        // The chart paces its repaints: the next one comes within a frame of 17 ms. Waiting takes no processor time.
-        QEventLoop loop;
-        QTimer::singleShot(20, Qt::PreciseTimer, &loop, &QEventLoop::quit);
-        loop.exec();
+        waitForAFrame(); // the chart paces its repaints and paints within
     }
     void hover(int x) override
     {
@@ -86,7 +92,11 @@ public:
     }
     QWidget *widget() override { return &m_plot; }
     void append(int series, double timeMs, double value) override { m_plot.graph(series)->addData(timeMs, value); }
-    void paint() override { m_plot.replot(QCustomPlot::rpImmediateRefresh); }
+    void paint() override
+    {
+        waitForAFrame();
+        m_plot.replot(QCustomPlot::rpImmediateRefresh);
+    }
 
 private:
     QCustomPlot m_plot;
@@ -125,6 +135,7 @@ public:
     }
     void paint() override
     {
+        waitForAFrame();
         m_plot.replot();
         QCoreApplication::processEvents();
     }
@@ -166,6 +177,7 @@ public:
     }
     void paint() override
     {
+        waitForAFrame();
         for (std::size_t i = 0; i < m_lines.size(); ++i)
             m_lines[i]->replace(m_pending[i]);
         QCoreApplication::processEvents();
