@@ -40,7 +40,7 @@ QToolButton *drawingToggle(QWidget *parent, const QString &picture, bool checked
     return button;
 }
 
-/// In logical pixels. A new sample moves the whole smooth curve, but after a few knots by less than a person can see.
+/// In logical pixels: a new sample moves the whole smooth curve, after a few knots by less than a person can see.
 constexpr double streamTolerance = 1.0 / 16.0;
 
 QSpacerItem *wideSpacer()
