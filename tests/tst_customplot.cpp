@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QSignalSpy>
 #include <QToolButton>
@@ -105,6 +106,19 @@ protected:
     }
 };
 
+/// Remembers what a widget was asked to paint.
+class PaintWatcher final : public QObject {
+public:
+    explicit PaintWatcher(QWidget &widget) { widget.installEventFilter(this); }
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            region += static_cast<QPaintEvent *>(event)->region();
+        return QObject::eventFilter(watched, event);
+    }
+    QRegion region;
+};
+
 int brightPixels(const QImage &image, const QRect &area, QColor than)
 {
     int count = 0;
@@ -146,6 +160,7 @@ private slots:
     void paintsAtAPace();
     void cursorDoesNotWaitForAMeasurement();
     void groundIsPaintedAlone();
+    void newSampleRepaintsAStripBelowTheHeader();
     void changesDuringAPartialPaintAreNotLost();
     void hiddenChartIsBroughtUpToDateWhenShown();
     void tinyWidgets_data();
@@ -565,6 +580,26 @@ void TestCustomPlot::groundIsPaintedAlone()
         plot->appendNewData(0, i * 100, 30.0);
     QTRY_VERIFY(plot->paints() > paints);
     QCOMPARE(parent.paints, parentPaints);
+}
+
+void TestCustomPlot::newSampleRepaintsAStripBelowTheHeader()
+{
+    auto chart = makeChart(60, 60, 1);
+    chart->rawToggle()->setChecked(true);
+    chart->show();
+    QVERIFY(QTest::qWaitForWindowExposed(chart.get()));
+    for (int i = 0; i < 300; ++i)
+        chart->appendNewData(0, i * 100, 30.0 + i % 7);
+    const int before = chart->paints();
+    QTRY_VERIFY(chart->paints() > before);
+
+    const PaintWatcher watcher(*chart);
+    chart->appendNewData(0, 30000, 31.0);
+    QTRY_VERIFY(!watcher.region.isEmpty());
+    const QRect strip = watcher.region.boundingRect();
+    QVERIFY(strip.contains(QPoint(328, 150)));         // where the sample is
+    QVERIFY2(strip.width() <= 60 && strip.top() >= 35, // the header ends at 35
+             qPrintable(QStringLiteral("%1 at %2").arg(strip.width()).arg(strip.top())));
 }
 
 void TestCustomPlot::changesDuringAPartialPaintAreNotLost()
