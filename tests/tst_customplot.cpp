@@ -539,19 +539,14 @@ void TestCustomPlot::paintsAtAPace()
 
 void TestCustomPlot::cursorDoesNotWaitForAMeasurement()
 {
-    RepaintPacer measured;
-    RepaintPacer both;
-    QStringList order;
-    connect(&measured, &RepaintPacer::due, this, [&order] { order.append(QStringLiteral("measured")); });
-    connect(&both, &RepaintPacer::due, this, [&order] { order.append(QStringLiteral("both")); });
-    measured.request();
-    both.request();
-    QTRY_COMPARE(order.size(), 2);
-    order.clear();
-    measured.requestForMeasurement();
-    both.requestForMeasurement();
-    both.request();
-    QTRY_COMPARE(order, QStringList({QStringLiteral("both"), QStringLiteral("measured")}));
+    for (int i = 0; i < 20; ++i) { // now and then the measurement is due at once, too
+        RepaintPacer pacer;
+        const QSignalSpy due(&pacer, &RepaintPacer::due);
+        pacer.requestForMeasurement();
+        pacer.request();
+        QCoreApplication::processEvents();
+        QCOMPARE(due.count(), 1);
+    }
 }
 
 void TestCustomPlot::groundIsPaintedAlone()

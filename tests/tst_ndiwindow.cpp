@@ -435,6 +435,7 @@ void TestNdiWindow::figuresAreExactAndPaintedAtAPace()
     const auto measure = [&](int interval) {
         test.window->sourceFrameReceived(interval / 7.0, interval, 0, 59.0, 1920, 1080, 0, interval, 0, 0);
     };
+    ui.cmbPreviewSources->setCurrentIndex(0);
     measure(1); // makes the cells
     QCoreApplication::processEvents();
 
