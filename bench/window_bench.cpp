@@ -187,6 +187,7 @@ int main(int argc, char **argv)
 
     const int sources = 2000;
     std::vector<std::string> names;
+    names.reserve(sources);
     std::vector<NDIlib_source_t> list;
     for (int i = 0; i < sources; ++i)
         names.push_back("MACHINE-" + std::to_string(i) + " (Camera " + std::to_string(i) + ")");
