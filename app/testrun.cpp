@@ -49,13 +49,7 @@ void TestRun::startSource(const NdiSource &source, int sourceIndex, int receiver
     auto *const controller = new ReceiverController;
     controllers.append(controller);
     connect(controller, &ReceiverController::sourceFrameReceived, this, &TestRun::frameReceived);
-    connect(controller, &ReceiverController::sourceReceiverFinished, this, [this](int finished) {
-        if (m_isStopping) // the caller still has its record to write
-            QMetaObject::invokeMethod(
-                this, [this, finished] { emit sourceFinished(finished); }, Qt::QueuedConnection);
-        else
-            emit sourceFinished(finished);
-    });
+    connect(controller, &ReceiverController::sourceReceiverFinished, this, &TestRun::sourceFinished);
     if (isSignalConnected(QMetaMethod::fromSignal(&TestRun::frameData))) // else no pixels are copied
         connect(controller, &ReceiverController::frameData, this, &TestRun::frameData);
     controller->setMeasurementSink(m_recorder.sink());
@@ -68,10 +62,8 @@ void TestRun::stopReceivers()
     for (ReceiverController *controller : qAsConst(controllers))
         controller->stopReceivers();
     // After the request, so that a thread that cannot keep up with its receivers gets to the end of the queue.
-    m_isStopping = true;
     for (ReceiverController *controller : qAsConst(controllers))
-        QCoreApplication::sendPostedEvents(controller, QEvent::MetaCall);
-    m_isStopping = false;
+        controller->deliverMeasurements();
 }
 
 void TestRun::addRow(double fps, int timeMs, double defaultFps, int width, int height, int intervalMs, int sourceIndex,

@@ -83,5 +83,4 @@ private:
     QList<ReceiverController *> controllers; ///< in order of their start
     TestRecorder m_recorder;
     const std::shared_ptr<FrameCopyBudget> m_copyBudget;
-    bool m_isStopping = false; ///< inside stopReceivers()
 };

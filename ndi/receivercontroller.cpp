@@ -2,10 +2,37 @@
 
 #include "ndi/streamreceiver.h"
 
+#include <QCoreApplication>
 #include <QMetaMethod>
 #include <QThread>
 
+#include <mutex>
+
 namespace {
+
+const QEvent::Type frameEventType = static_cast<QEvent::Type>(QEvent::registerEventType());
+
+/// One measurement on its way to the controller's thread: one block of memory, where a queued call takes a dozen, and
+/// many receivers share few arenas.
+class FrameEvent final : public QEvent {
+public:
+    FrameEvent(double newFps, int newTime, int newFormat, double newDefaultFps, int newWidth, int newHeight,
+               int newDataRate, int newPing, int newGraphNum)
+        : QEvent(frameEventType), fps(newFps), defaultFps(newDefaultFps), time(newTime), format(newFormat),
+          width(newWidth), height(newHeight), dataRate(newDataRate), ping(newPing), graphNum(newGraphNum)
+    {
+    }
+
+    const double fps;
+    const double defaultFps;
+    const int time;
+    const int format;
+    const int width;
+    const int height;
+    const int dataRate;
+    const int ping;
+    const int graphNum;
+};
 
 QMetaMethod frameDataSignal()
 {
@@ -14,14 +41,38 @@ QMetaMethod frameDataSignal()
 
 } // namespace
 
+/// The controller's address for its receivers, which may outlive it.
+class ReceiverController::Mailbox final {
+public:
+    explicit Mailbox(ReceiverController *controller) : m_controller(controller) {}
+    void close()
+    {
+        const std::lock_guard<std::mutex> locker(m_mutex);
+        m_controller = nullptr;
+    }
+    template <typename... Arguments>
+    void post(Arguments... arguments)
+    {
+        const std::lock_guard<std::mutex> locker(m_mutex);
+        if (m_controller)
+            QCoreApplication::postEvent(m_controller, new FrameEvent(arguments...));
+    }
+
+private:
+    std::mutex m_mutex;
+    ReceiverController *m_controller; ///< guarded by m_mutex; null when it is gone
+};
+
 ReceiverController::ReceiverController()
-    : m_copyBudget(std::make_shared<FrameCopyBudget>(maxCopiesInFlight, FrameCopyBudget::Pace::EveryFrame))
+    : m_mailbox(std::make_shared<Mailbox>(this)),
+      m_copyBudget(std::make_shared<FrameCopyBudget>(maxCopiesInFlight, FrameCopyBudget::Pace::EveryFrame))
 {
     registerNdiMetaTypes();
 }
 
 ReceiverController::~ReceiverController()
 {
+    m_mailbox->close();
     for (StreamReceiver *receiver : qAsConst(receivers)) {
         // What the receiver still sends has nobody to go to. Both objects go by themselves when the
         // thread ends: the receiver on it, the thread object on ours.
@@ -62,7 +113,13 @@ void ReceiverController::startReceiver(int position, int graphNum)
     connect(receiver, &StreamReceiver::finished, thread, &QThread::quit, Qt::DirectConnection);
     connect(thread, &QThread::finished, this, [this, thread, position] { tearDown(thread, position); });
     receiver->moveToThread(thread);
-    connect(receiver, &StreamReceiver::frameReceived, this, &ReceiverController::onReceiverFrame);
+    connect(
+        receiver, &StreamReceiver::frameReceived, receiver,
+        [mailbox = m_mailbox](double fps, int time, int format, double defaultFPS, int width, int height, int dataRate,
+                              int ping, int number) {
+            mailbox->post(fps, time, format, defaultFPS, width, height, dataRate, ping, number);
+        },
+        Qt::DirectConnection);
     receiver->setSource(source);
     receiver->receiverIndex = position;
     receiver->graphNum = graphNum;
@@ -81,6 +138,20 @@ bool ReceiverController::stopReceivers()
     for (StreamReceiver *receiver : qAsConst(receivers))
         receiver->requestStop();
     return true;
+}
+
+void ReceiverController::deliverMeasurements()
+{
+    QCoreApplication::sendPostedEvents(this, frameEventType);
+}
+
+void ReceiverController::customEvent(QEvent *event)
+{
+    if (event->type() != frameEventType)
+        return;
+    const auto &frame = *static_cast<FrameEvent *>(event);
+    onReceiverFrame(frame.fps, frame.time, frame.format, frame.defaultFps, frame.width, frame.height, frame.dataRate,
+                    frame.ping, frame.graphNum);
 }
 
 void ReceiverController::tearDown(QThread *thread, int position)

@@ -40,6 +40,8 @@ public:
     /// Asks every receiver to stop and does not wait; each ends within 1000 ms. Always true. A frame
     /// captured meanwhile is still measured and reported.
     bool stopReceivers();
+    /// Emits sourceFrameReceived() for what has been measured and still waits in this thread's event queue.
+    void deliverMeasurements();
 
     NDIlib_source_t source;            ///< the source under test, in bytes of our own
     int sourceIndex = 0;               ///< the caller's index, carried in every signal
@@ -58,17 +60,21 @@ signals:
 
 protected:
     void connectNotify(const QMetaMethod &signal) override;
+    void customEvent(QEvent *event) override;
 
 private slots:
     void onReceiverFrame(double fps, int time, int format, double defaultFPS, int width, int height, int dataRate,
                          int ping, int graphNum);
 
 private:
+    class Mailbox;
+
     void startReceiver(int position, int graphNum);
     void tearDown(QThread *thread, int position);
     void forwardFrameData(int type, int width, int height, uint8_t *pData);
     void updatePixelsWanted();
 
+    const std::shared_ptr<Mailbox> m_mailbox; ///< shared with the receivers
     NdiSource m_sourceCopy;
     std::shared_ptr<FrameCopyBudget> m_copyBudget; ///< shared with the first receiver; never null
     std::shared_ptr<MeasurementSink> m_sink;
