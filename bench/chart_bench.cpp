@@ -286,24 +286,25 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
 
-    for (const ChartPeerFactory &factory : chartPeers()) {
-        const bool ours = factory.name.startsWith(QStringLiteral("ours"));
-        const bool goals = factory.name == QLatin1String(chartPeerOfTheGoals);
-        const int paints = ours || goals ? 100 : 12; // a filled peer takes up to seconds for one paint
-        add(
-            newSamplesTitle, factory, [factory](benchmark::State &s) { newSamples(s, factory, pointsOfATest); },
-            paints);
-        add(
-            manyPointsTitle, factory, [factory](benchmark::State &s) { newSamples(s, factory, 10 * pointsOfATest); },
-            ours || goals ? paints : 3);
-        add(
-            fullRedrawTitle, factory, [factory](benchmark::State &s) { fullRedraw(s, factory); }, ours ? 40 : 12);
-        if (ours)
-            add(
-                hoverTitle, factory, [factory](benchmark::State &s) { hoverMove(s, factory); }, paints);
-        add(
-            "append", factory, [factory](benchmark::State &s) { appendOnly(s, factory); }, 5);
-    }
+    // What is compared runs close together, so that the load of the machine is about the same.
+    const std::vector<ChartPeerFactory> peers = chartPeers();
+    const auto forAll = [&peers](const char *what, int ofOurs, int ofOthers, const auto &function) {
+        for (const ChartPeerFactory &factory : peers) {
+            const bool ours = factory.name.startsWith(QStringLiteral("ours"));
+            const bool often = ofOthers > 0 && factory.name == QLatin1String(chartPeerOfTheGoals);
+            const int iterations = ours || often ? ofOurs : ofOthers; // a filled peer paints for seconds
+            if (iterations > 0)
+                add(
+                    what, factory, [factory, function](benchmark::State &s) { function(s, factory); }, iterations);
+        }
+    };
+    forAll(hoverTitle, 100, 0, hoverMove);
+    forAll(newSamplesTitle, 100, 12,
+           [](benchmark::State &s, const ChartPeerFactory &factory) { newSamples(s, factory, pointsOfATest); });
+    forAll(manyPointsTitle, 100, 3,
+           [](benchmark::State &s, const ChartPeerFactory &factory) { newSamples(s, factory, 10 * pointsOfATest); });
+    forAll(fullRedrawTitle, 40, 12, fullRedraw);
+    forAll("append", 5, 5, appendOnly);
     TableReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     return 0;
