@@ -131,7 +131,7 @@ public:
         const Reach::Rows &rows = m_columns[static_cast<std::size_t>(column)];
         const double highest = std::ceil(rows.top);
         const double lowest = std::floor(rows.bottom);
-        if (rows.isEmpty() || highest > lowest)
+        if (!rows.contains({std::min(top.y1(), top.y2()), std::max(top.y1(), top.y2())}) || highest > lowest)
             return top;
         m_level = std::clamp(m_level, highest, lowest);
         return {top.x1(), m_level, top.x2(), m_level};
