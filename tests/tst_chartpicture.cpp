@@ -210,7 +210,7 @@ void TestChartPicture::hostileSamples_data()
                                                      {15000, 70}, {25000, 55}, {25000, 5}};
     QVector<QPointF> gaps; // in each column of pixels a noise, a gap and far below a slow rise
     for (int i = 0; i < 200; ++i)
-        gaps.append({13000 + i * 6.5, i % 20 == 8 ? infinity : i % 20 < 8 ? 50.0 + i % 2 * 3 : 20.0 + i % 20 * 0.02});
+        gaps.append({13000 + i * 6.0, i % 20 == 8 ? infinity : i % 20 < 8 ? 50.0 + i % 2 * 3 : 20.0 + i % 20 * 0.02});
     QTest::newRow("gaps within columns") << gaps;
     QTest::newRow("one point") << QVector<QPointF>{{1000, 10}};
     QTest::newRow("two points") << QVector<QPointF>{{1000, 10}, {40000, 30}};
