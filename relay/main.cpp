@@ -19,7 +19,7 @@ void complain(const std::string &text)
 
 namespace {
 
-int run(int argc, char *argv[])
+int run(int argc, const char *const argv[])
 {
     if (argc != 2) {
         complain("one argument is needed, the name of a command file");

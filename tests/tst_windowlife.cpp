@@ -78,6 +78,7 @@ private slots:
     void anUnusableRuntimeIsNamed();
     void withoutDisplayItSaysSo();
     void aKilledTestIsRecovered();
+    void wrongNumberOfSourcesIsReported();
     void plantedLibrariesAreNotLoaded_data();
     void plantedLibrariesAreNotLoaded();
 };
@@ -244,6 +245,19 @@ void TestWindowLife::aKilledTestIsRecovered()
     // The box blocks nothing: the window can be closed beside it.
     QVERIFY2(run.window(QStringLiteral("EARLIER TEST")), run.account());
     QVERIFY2(run.waitForError("Recovered the record of an interrupted test"), run.account());
+    const auto window = run.window(mainTitle);
+    QVERIFY2(window, run.account());
+    windowdriver::close(*window);
+    QVERIFY2(run.waitForFinished(), run.account());
+    QVERIFY2(run.endedWith(0), run.account());
+}
+
+void TestWindowLife::wrongNumberOfSourcesIsReported()
+{
+    WindowRun run;
+    run.setScenario(R"({"claimedSources": 4294967295})");
+    run.start();
+    QVERIFY2(run.waitForError("vexa.ndi: The NDI runtime reports 4294967295 sources;"), run.account());
     const auto window = run.window(mainTitle);
     QVERIFY2(window, run.account());
     windowdriver::close(*window);
