@@ -106,7 +106,7 @@ double sumOf(const std::map<QByteArray, double> &shares)
 /// Receivers that capture and free, and nothing else, while the object lives.
 class BareLoop final {
 public:
-    BareLoop(const std::vector<QByteArray> &sources)
+    explicit BareLoop(const std::vector<QByteArray> &sources)
     {
         for (const QByteArray &source : sources) {
             m_threads.emplace_back(QThread::create([this, source] { receive(source); }));

@@ -11,7 +11,7 @@ std::optional<NaturalSpline> NaturalSpline::through(const std::vector<QPointF> &
 
 std::size_t NaturalSpline::update(const std::vector<QPointF> &knots, std::size_t kept)
 {
-    const bool wasValid = isValid();
+    const std::size_t solved = isValid() ? kept : 0; // rows from before
     const std::size_t count = knots.size();
     m_growing = kept == 0 || m_growing;
     for (std::size_t i = std::max<std::size_t>(kept, 1); i < count; ++i)
@@ -22,14 +22,12 @@ std::size_t NaturalSpline::update(const std::vector<QPointF> &knots, std::size_t
     m_latest = 0;
     if (!isValid())
         return 0;
-    if (!wasValid)
-        kept = 0;
     const std::vector<QPointF> &knot = m_knots;
     std::vector<Piece> &piece = m_pieces;
 
     // Row i: h[i-1]/3 b[i-1] + (h[i-1] + h[i]) 2/3 b[i] + h[i]/3 b[i+1] = slope right - slope left,
     // with b half the second derivative; the first and last row say b = 0. Each row looks one knot ahead.
-    const std::size_t firstRow = kept > 2 ? kept - 1 : 1;
+    const std::size_t firstRow = solved > 2 ? solved - 1 : 1;
     for (std::size_t i = firstRow; i + 1 < count; ++i) {
         const double before = knot[i].x() - knot[i - 1].x();
         const double after = knot[i + 1].x() - knot[i].x();

@@ -236,7 +236,7 @@ void TestChartCurves::updatedSplineIsThatOfAllKnots()
     std::size_t fewest = 1000;
     for (int step = 0; step < 300; ++step) {
         const std::size_t kept = knots.empty() ? 0 : knots.size() - 1;
-        if (step % 3 == 0) // a new knot, then two moves of it
+        if (knots.empty() || step % 3 == 0) // a new knot, then two moves of it
             knots.emplace_back(step * 5.0 / 3.0 + static_cast<double>(random() % 3), 0.0);
         knots.back().setY(static_cast<double>(random() % 300));
         std::vector<double> before;
