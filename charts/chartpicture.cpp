@@ -12,7 +12,7 @@ namespace {
 constexpr double lineReach = 2.0;
 
 /// Of all images of a chart.
-constexpr qint64 mostImageBytes = 64 * 1024 * 1024;
+constexpr qint64 mostImageBytes = qint64(64) * 1024 * 1024;
 
 bool bandIsWhole(const ChartContents &contents, std::size_t index)
 {
