@@ -57,6 +57,8 @@ public:
         if (m_controller)
             QCoreApplication::postEvent(m_controller, new FrameEvent(arguments...));
     }
+    /// Before an event is read: a race checker does not see the lock of Qt's event queue, but this one.
+    void synchronize() { const std::lock_guard<std::mutex> locker(m_mutex); }
 
 private:
     std::mutex m_mutex;
@@ -147,6 +149,7 @@ void ReceiverController::deliverMeasurements()
 
 void ReceiverController::customEvent(QEvent *event)
 {
+    m_mailbox->synchronize();
     if (event->type() != frameEventType)
         return;
     const auto &frame = *static_cast<FrameEvent *>(event);
