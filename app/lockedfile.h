@@ -9,7 +9,7 @@
 
 class QFile;
 
-/// What records and journals need of the file system and Qt does not offer.
+/// File operations for records and journals that Qt does not offer.
 
 /// A file that is locked against all other programs while it is open: a journal, so that its readers see whether
 /// it is still written, or a file that is nothing but a lock. The system releases the lock when the process dies

@@ -29,9 +29,9 @@ using NextRow = std::function<bool(QString *row)>;
 /// there is no home folder that one could be in.
 QString recordFolder();
 
-// Records are made under a lock between processes, a file in their folder. It is waited for 3 s at most, since its
-// holder may hang; where there are no locks it is done without. A file of another process is never replaced in
-// either case.
+// Records are created under a lock between processes, which is a file in their folder. The program waits for the lock
+// for 3 s at most, because its holder may hang, and then goes on without it, as it does where the file system has no
+// locks. Even then it never replaces a file of another process.
 
 /// Creates an empty file and makes it the current record. name: without folder and ".csv"; a file of that name is
 /// replaced. Empty: "vexa_" and the local time; this replaces the file that this process made last, while the name
@@ -46,13 +46,12 @@ bool appendRecordText(const QString &text);
 /// The same as appendRecordText() with all rows joined by line feeds, without making that text in memory.
 bool appendRecordRows(const NextRow &nextRow);
 
-/// A new record, named by the local time, of the header and these rows; recordPath() tells where. The lock is held
-/// until all of it is on the disk.
+/// Writes a new record with the header and these rows. The local time is its name, and recordPath() is its path. The
+/// lock is held until the whole record is on the disk.
 bool writeRecord(const NextRow &nextRow);
 
-/// Takes a record that could not be written to its end away from its name. It is removed, or, if its rows are
-/// wanted and there is a whole one, cut after the last whole one and renamed to ".csv.part". recordPath() is empty
-/// afterwards.
+/// Removes the current record, which could not be finished. If its rows are wanted and it has a whole row, it is
+/// truncated after the last whole row and renamed to ".csv.part" instead. recordPath() is empty afterwards.
 void dropUnfinishedRecord(bool areRowsWanted);
 
 /// Name, without folder and ".csv", of a record of this moment.

@@ -34,9 +34,9 @@ public:
     /// Ends the test without a record: the rows stay in the journal, for the next start of the program. A journal
     /// without rows is removed.
     void leaveToJournal();
-    /// Ends the test: writes the record, be it without rows, and forgets the rows. recordPath() tells where it is.
-    /// False when it could not be written: the journal stays, and what there is of the record is removed, or kept
-    /// as dropUnfinishedRecord() does when the journal lacks rows.
+    /// Ends the test: writes the record, even without rows, to recordPath() and forgets the rows. Returns false when
+    /// the record could not be written. The journal then stays, and dropUnfinishedRecord() removes the unfinished
+    /// record or keeps its rows if the journal lacks some.
     bool write();
 
 private:

@@ -36,9 +36,8 @@ public:
     void begin(const QStringList &names);
     /// Starts receivers (fewestReceivers to mostReceivers) on a source; they report as graph, graph + 1, ...
     void startSource(const NdiSource &source, int sourceIndex, int receivers, int graph);
-    /// Asks all receivers to stop and does not wait; each ends within a second. What they have measured up to now and
-    /// still waits in this thread's event queue is emitted by frameReceived() before this returns, so that a record
-    /// written next has all of it.
+    /// Asks all receivers to stop and does not wait; each ends within a second. Measurements that still wait in this
+    /// thread's event queue are emitted by frameReceived() before this returns, so a record written next has them.
     void stopReceivers();
     /// True while any receiver exists, including ones that are shutting down.
     bool isRunning() const { return !controllers.isEmpty(); }

@@ -286,7 +286,7 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
 
-    // What is compared runs close together, so that the load of the machine is about the same.
+    // Charts that are compared run one right after the other, so the load of the machine is about the same.
     const std::vector<ChartPeerFactory> peers = chartPeers();
     const auto forAll = [&peers](const char *what, int ofOurs, int ofOthers, const auto &function) {
         for (const ChartPeerFactory &factory : peers) {

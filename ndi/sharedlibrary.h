@@ -18,7 +18,7 @@ inline QString missingLibraryReason()
 }
 
 /// Opens the library at path. A bare name is looked for on the search path by Linux and in the system folder by
-/// Windows, where what a library needs in turn may lie beside it. On failure the handle is null and *reason holds a few
+/// Windows. The libraries that it needs may be in its own folder. On failure the handle is null and *reason holds a few
 /// words such as missingLibraryReason() or "wrong architecture".
 SharedLibraryHandle openSharedLibrary(const QString &path, QString *reason);
 

@@ -178,7 +178,7 @@ void pump(HANDLE from, HANDLE job)
     }
 }
 
-/// What the token of this process says about its user; empty when that cannot be read.
+/// Reads one kind of information from the token of this process; empty when it cannot be read.
 std::vector<unsigned char> tokenFacts(TOKEN_INFORMATION_CLASS kind)
 {
     HANDLE opened = nullptr;

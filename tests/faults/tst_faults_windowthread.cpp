@@ -125,7 +125,7 @@ void TestFaultsWindowThread::stopAfterAStallLosesNothing_data()
     QTest::newRow("by time") << false;
 }
 
-/// The window's thread stands still until the test ends: what its receivers measured meanwhile is in the record.
+/// The window's thread is stalled until the test ends. The record has all frames that were measured during the stall.
 void TestFaultsWindowThread::stopAfterAStallLosesNothing()
 {
     QFETCH(bool, isByUser);
